@@ -1,0 +1,59 @@
+// The element types and the C++ scalars that they stand for, in one table and one dispatch.
+#pragma once
+
+#include "foundation/AttributeValue.h"
+
+#include <cstdint>
+
+namespace kivds {
+
+/// Bytes per element, by type; 0 for a number that is no type.
+constexpr int ElementSize(tagEKivAGAttributeType type) noexcept
+{
+    constexpr int sizes[] = {0, 1, 2, 2, 4, 4, 4, 8};
+    return type >= eAttrNone && type <= eAttrDouble ? sizes[type] : 0;
+}
+
+/// Bytes of `count` elements, without overflow; negative for a negative count.
+constexpr std::int64_t ByteSize(tagEKivAGAttributeType type, int count) noexcept
+{
+    return static_cast<std::int64_t>(ElementSize(type)) * count;
+}
+
+/// The element type that holds a scalar.
+template <class T>
+struct ElementTypeOf;
+// clang-format off
+template <> struct ElementTypeOf<char>           { static constexpr tagEKivAGAttributeType value = eAttrChar; };
+template <> struct ElementTypeOf<short>          { static constexpr tagEKivAGAttributeType value = eAttrShort; };
+template <> struct ElementTypeOf<unsigned short> { static constexpr tagEKivAGAttributeType value = eAttrUShort; };
+template <> struct ElementTypeOf<int>            { static constexpr tagEKivAGAttributeType value = eAttrInt; };
+template <> struct ElementTypeOf<unsigned int>   { static constexpr tagEKivAGAttributeType value = eAttrUInt; };
+template <> struct ElementTypeOf<float>          { static constexpr tagEKivAGAttributeType value = eAttrFloat; };
+template <> struct ElementTypeOf<double>         { static constexpr tagEKivAGAttributeType value = eAttrDouble; };
+// clang-format on
+
+/// Calls `use` with a null pointer to the scalar type of numeric elements; `otherwise` for characters and the
+/// rest.
+template <class Use, class Otherwise>
+auto WithNumericType(tagEKivAGAttributeType type, Use&& use, Otherwise&& otherwise)
+{
+    switch (type) {
+    case eAttrShort:
+        return use(static_cast<short*>(nullptr));
+    case eAttrUShort:
+        return use(static_cast<unsigned short*>(nullptr));
+    case eAttrInt:
+        return use(static_cast<int*>(nullptr));
+    case eAttrUInt:
+        return use(static_cast<unsigned int*>(nullptr));
+    case eAttrFloat:
+        return use(static_cast<float*>(nullptr));
+    case eAttrDouble:
+        return use(static_cast<double*>(nullptr));
+    default:
+        return otherwise();
+    }
+}
+
+} // namespace kivds
