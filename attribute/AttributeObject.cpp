@@ -1,0 +1,248 @@
+// The attribute as an object: construction, copying, release, storage of its values, plain accessors.
+#include "attribute/CKivDSDicomAttribute.h"
+#include "attribute/internal/GatheredValues.h"
+#include "foundation/internal/Blocks.h"
+#include "foundation/internal/ElementTypes.h"
+#include "foundation/internal/Operation.h"
+
+#include <algorithm>
+
+using kivds::Operation;
+
+CKivDSDicomAttribute::CKivDSDicomAttribute(bool bPrivate, bool bMustReplicate)
+    : m_bPrivate(bPrivate), m_bMustReplicate(bMustReplicate)
+{
+}
+
+CKivDSDicomAttribute::CKivDSDicomAttribute(const CKivDSDicomAttribute& src)
+    : m_ulTag(src.m_ulTag), m_nRepresentation(src.m_nRepresentation)
+{
+    if (src.m_nNumberOfValues > 0 && !AllocAttributeValue(src.m_nNumberOfValues)) {
+        Operation(L"CKivDSDicomAttribute::CKivDSDicomAttribute").Report(L" Out of memory ");
+        return;
+    }
+    FillValues(src.m_pValues, src.m_nNumberOfValues);
+    m_bPrivate = src.m_bPrivate;
+    m_bMustReplicate = src.m_bMustReplicate;
+    m_pFrameRange = src.GetFrameRangeCollection();
+}
+
+CKivDSDicomAttribute& CKivDSDicomAttribute::operator=(const CKivDSDicomAttribute& src)
+{
+    if (this == &src)
+        return *this;
+    Clean();
+    ResetMultiFrameInfo();
+    m_pFrameRange = src.GetFrameRangeCollection();
+    m_ulTag = src.m_ulTag;
+    m_nRepresentation = src.m_nRepresentation;
+    if (src.m_nNumberOfValues > 0 && !AllocAttributeValue(src.m_nNumberOfValues)) {
+        Operation(L"CKivDSDicomAttribute::operator =")
+            .Report(L"Failed to allocate new attribute value array");
+        return *this;
+    }
+    FillValues(src.m_pValues, src.m_nNumberOfValues);
+    m_bPrivate = src.m_bPrivate;
+    m_bMustReplicate = src.m_bMustReplicate;
+    return *this;
+}
+
+CKivDSDicomAttribute::~CKivDSDicomAttribute()
+{
+    // Named by class: a destructor reaches its own class's operations only.
+    CKivDSDicomAttribute::Clean();
+    CKivDSDicomAttribute::ResetMultiFrameInfo();
+}
+
+// Copies `count` values into the records that AllocAttributeValue has just provided. A value without data is
+// reported and leaves an empty record; when memory runs out no value is left, rather than some of them.
+bool CKivDSDicomAttribute::FillValues(const SKivAGAttributeValue* values, int count)
+{
+    m_nNumberOfValues = count;
+    for (int i = 0; i < count; ++i) {
+        if (!CopyAttributeValue(&values[i], &m_pValues[i], i) && values[i].pData) {
+            Clean();
+            return false;
+        }
+    }
+    return true;
+}
+
+// A new plain attribute equal to this one; null when it cannot be made whole.
+std::unique_ptr<CKivDSDicomAttribute> CKivDSDicomAttribute::NewPlainCopy() const
+{
+    std::unique_ptr<CKivDSDicomAttribute> copy(new (std::nothrow) CKivDSDicomAttribute(*this));
+    if (copy && (copy->m_nNumberOfValues != m_nNumberOfValues || copy->IsMultiFrame() != IsMultiFrame()))
+        copy.reset();
+    return copy;
+}
+
+bool CKivDSDicomAttribute::IsPrivate() const
+{
+    return m_bPrivate;
+}
+
+bool CKivDSDicomAttribute::MustReplicate() const
+{
+    return m_bMustReplicate;
+}
+
+bool CKivDSDicomAttribute::GetTag(unsigned long* out) const
+{
+    if (!out)
+        return Operation(L"CKivDSDicomAttribute::GetTag").Fail(L" Nul output parameter pointer ");
+    *out = m_ulTag;
+    return true;
+}
+
+char* CKivDSDicomAttribute::GetDescription() const
+{
+    return nullptr;
+}
+
+int CKivDSDicomAttribute::GetDicomRepresentation() const
+{
+    return m_nRepresentation;
+}
+
+int CKivDSDicomAttribute::GetType() const
+{
+    return m_nType;
+}
+
+bool CKivDSDicomAttribute::GetNumberOfValues(int* out) const
+{
+    if (!out)
+        return Operation(L"CKivDSDicomAttribute::GetNumberOfValues").Fail(L" Nul output parameter pointer ");
+    *out = m_nNumberOfValues;
+    return true;
+}
+
+const SKivAGAttributeValue* CKivDSDicomAttribute::GetValuePtr(int index) const noexcept
+{
+    return index >= 0 && index < m_nNumberOfValues ? &m_pValues[index] : nullptr;
+}
+
+bool CKivDSDicomAttribute::GetValue(int i, SKivAGAttributeValue* out) const
+{
+    const SKivAGAttributeValue* value = GetValuePtr(i);
+    if (!out || !value)
+        return Operation(L"CKivDSDicomAttribute::GetValue").Fail(L" Bad input / output parameters ");
+    return ::CopyAttributeValue(value, out, -1);
+}
+
+bool CKivDSDicomAttribute::SetValue(int i, SKivAGAttributeValue* in)
+{
+    if (!in || !GetValuePtr(i))
+        return Operation(L"CKivDSDicomAttribute::SetValue").Fail(L" Bad input / output parameters ");
+    SKivAGAttributeValue& value = m_pValues[i];
+    if (in == &value)
+        return true;
+    SKivAGAttributeValue former = value; // released only after the copy: `in` may refer to the same block
+    if (!CopyAttributeValue(in, &value, -1))
+        return false;
+    m_pGathered.reset();
+    return DeleteAttributeValue(former);
+}
+
+bool CKivDSDicomAttribute::DeleteAttributeValue(SKivAGAttributeValue& v) const
+{
+    return IsPreallocatedData(v.pData) || FreeAttributeValue(v);
+}
+
+bool CKivDSDicomAttribute::IsPreallocatedData(const char* p) const
+{
+    return p == m_InlineData;
+}
+
+void CKivDSDicomAttribute::SetDataElementType(tagEKivAGAttributeType t)
+{
+    m_pGathered.reset();
+    for (int i = 0; i < m_nNumberOfValues; ++i)
+        m_pValues[i].eType = t;
+}
+
+bool CKivDSDicomAttribute::AllocAttributeValue(int n)
+{
+    m_pValues = n > 1 ? GetNewAttributeValueArray(n) : &m_InlineValue;
+    return m_pValues != nullptr;
+}
+
+void CKivDSDicomAttribute::AdoptValues(std::unique_ptr<SKivAGAttributeValue[]> values, int count)
+{
+    Clean();
+    m_pValues = values.release();
+    m_nNumberOfValues = count;
+}
+
+bool CKivDSDicomAttribute::Alloc(int nValues, tagEKivAGAttributeType type, int nElements)
+{
+    const Operation op(L"CKivDSDicomAttribute::Alloc");
+    Clean();
+    if (nValues > 0 && !AllocAttributeValue(nValues))
+        return op.Fail(L"Failed to allocate new attribute value array");
+    m_nNumberOfValues = std::max(nValues, 0);
+    const std::int64_t bytes = kivds::ByteSize(type, nElements);
+    if (bytes < 0) {
+        Clean();
+        return op.Fail(L"Invalid byte size");
+    }
+    m_bPreallocatedData = nValues == 1 && bytes <= static_cast<std::int64_t>(sizeof m_InlineData);
+    if (m_bPreallocatedData) {
+        std::fill_n(m_InlineData, sizeof m_InlineData, '\0');
+        m_InlineValue = {nElements, type, 0, m_InlineData};
+        return true;
+    }
+    for (int i = 0; i < m_nNumberOfValues; ++i) {
+        kivds::Block block = kivds::NewBlock(bytes);
+        if (!block) {
+            Clean();
+            return op.Fail(L"Failed to allocate attribute buffer");
+        }
+        std::fill_n(block.get(), static_cast<std::size_t>(bytes), '\0');
+        m_pValues[i] = {nElements, type, 0, block.release()};
+    }
+    return true;
+}
+
+bool CKivDSDicomAttribute::CopyAttributeValue(const SKivAGAttributeValue* const src,
+                                              SKivAGAttributeValue* const dst, int valueIndex)
+{
+    const Operation op(L"CKivDSDicomAttribute::CopyAttributeValue");
+    if (!src || !dst)
+        return op.Fail(L"Invalid input parameter");
+    if (!src->pData)
+        return op.Fail(L"Invalid input buffer ");
+    if (dst == src && valueIndex < 0)
+        return true;
+    const std::int64_t bytes = kivds::ByteSize(src->eType, src->nCount);
+    if (bytes == 0) {
+        dst->pData = nullptr;
+        dst->nCount = 0;
+        dst->eType = src->eType;
+        return true;
+    }
+    const bool inside =
+        valueIndex == 0 && bytes > 0 && bytes < static_cast<std::int64_t>(sizeof m_InlineData);
+    kivds::Block block = inside ? nullptr : kivds::NewBlock(bytes);
+    if (!inside && !block)
+        return op.Fail(L"Failed to allocate destination buffer");
+    char* const data = inside ? m_InlineData : block.release();
+    std::memmove(data, src->pData, static_cast<std::size_t>(bytes));
+    *dst = {src->nCount, src->eType, src->nInSequenceIndex, data};
+    m_bPreallocatedData = inside;
+    return true;
+}
+
+void CKivDSDicomAttribute::Clean()
+{
+    m_pGathered.reset();
+    for (int i = 0; i < m_nNumberOfValues; ++i)
+        DeleteAttributeValue(m_pValues[i]);
+    if (m_pValues != &m_InlineValue)
+        delete[] m_pValues;
+    m_pValues = nullptr;
+    m_nNumberOfValues = 0;
+    m_InlineValue = {};
+    m_bPreallocatedData = false;
+}

@@ -1,0 +1,217 @@
+// The attribute's byte stream; docs/streams.md draws it.
+//
+//   attribute stream          value stream
+//   0   4  total length       0   4  element type
+//   4   4  tag                4   4  element count k
+//   8   4  representation     8   n  k elements
+//   12  1  private flag       8+n 4  in-sequence index
+//   13  1  must-replicate
+//   14  4  number of values N
+//   18  .. N value streams
+//   ..  1  multi-frame flag, and if it is 1 the frame range's own stream
+//
+// The old form has no total length (version 0); without the versioned flag the multi-frame part is not read.
+#include "attribute/CKivDSDicomAttribute.h"
+#include "attribute/internal/FrameRange.h"
+#include "foundation/internal/Blocks.h"
+#include "foundation/internal/ByteReader.h"
+#include "foundation/internal/ByteWriter.h"
+#include "foundation/internal/ElementTypes.h"
+#include "foundation/internal/Operation.h"
+
+using kivds::ByteReader;
+using kivds::ByteWriter;
+using kivds::Operation;
+
+namespace {
+
+constexpr int kValueOverhead = 12;
+constexpr const wchar_t* kInvalidValue = L"Invalid input parameter";
+
+/// The bytes of the value stream that starts at `reader`; 0 when it is none: of no known type, with a
+/// negative count, or reaching past the reader's limit.
+int ValueStreamLength(ByteReader reader)
+{
+    const auto type = static_cast<tagEKivAGAttributeType>(reader.I32());
+    const int count = reader.I32();
+    const std::int64_t length = kValueOverhead + kivds::ByteSize(type, count);
+    const bool known = kivds::ElementSize(type) > 0 && count >= 0;
+    return known && reader.Take(length - 8) ? static_cast<int>(length) : 0;
+}
+
+} // namespace
+
+int CKivDSDicomAttribute::GetSize(const SKivAGAttributeValue& value) const
+{
+    return kivds::StreamLength(kValueOverhead + kivds::ByteSize(value.eType, value.nCount));
+}
+
+bool CKivDSDicomAttribute::Serialize(const SKivAGAttributeValue& value, char* buffer, int& size) const
+{
+    size = buffer ? size : GetSize(value);
+    if (!buffer)
+        return true;
+    ByteWriter writer(buffer);
+    writer.I32(value.eType);
+    writer.I32(value.nCount);
+    if (!value.pData)
+        return Operation(L"CKivDSDicomAttribute::Serialize")
+            .Fail(L"Attempt to serialize attribute value with null data pointer");
+    writer.Elements(value.pData, value.nCount, kivds::ElementSize(value.eType));
+    writer.I32(value.nInSequenceIndex);
+    size = kivds::StreamLength(writer.Written());
+    return true;
+}
+
+// The fields of the attribute stream, for the length (a counting writer) and for the bytes alike.
+bool CKivDSDicomAttribute::WriteFields(ByteWriter& writer, int total, const Operation& op) const
+{
+    writer.I32(total);
+    writer.U32(m_ulTag);
+    writer.I32(m_nRepresentation);
+    writer.U8(m_bPrivate);
+    writer.U8(m_bMustReplicate);
+    writer.I32(m_nNumberOfValues);
+    for (int i = 0; i < m_nNumberOfValues; ++i) {
+        int length = 0;
+        if (!Serialize(m_pValues[i], writer.Position(), length))
+            return op.Fail(L" Unable to serialize the attribute value ");
+        writer.Advance(length);
+    }
+    writer.U8(IsMultiFrame());
+    if (IsMultiFrame()) {
+        int length = 0;
+        if (!m_pFrameRange->Serialize(writer.Position(), &length) && writer.Counting())
+            return op.Fail(L"Failed to obtain serialization size of frame range collection");
+        writer.Advance(length);
+    }
+    return true;
+}
+
+int CKivDSDicomAttribute::GetSize() const
+{
+    ByteWriter counter(nullptr);
+    return WriteFields(counter, 0, Operation(L"CKivDSDicomAttribute::GetSize"))
+               ? kivds::StreamLength(counter.Written())
+               : 0;
+}
+
+bool CKivDSDicomAttribute::Serialize(char* buffer, int& size) const
+{
+    const Operation op(L"CKivDSDicomAttribute::Serialize");
+    const int expected = GetSize();
+    if (!buffer) {
+        size = expected;
+        return true;
+    }
+    ByteWriter writer(buffer);
+    // Without a length the caller's buffer has no size to speak of, and nothing is written.
+    if (expected > 0 && !WriteFields(writer, expected, op))
+        return false;
+    size = writer.Written() == expected ? expected : 0;
+    return size > 0 || op.Fail(L" Inconsistent attribute format: serialization aborted");
+}
+
+bool CKivDSDicomAttribute::Deserialize(const char* buffer, int& size, SKivAGAttributeValue& value,
+                                       bool inlineAllowed)
+{
+    const Operation op(L"CKivDSDicomAttribute::Deserialize");
+    const int length = buffer ? ValueStreamLength(ByteReader::Unbounded(buffer)) : 0;
+    if (length == 0)
+        return op.Fail(kInvalidValue);
+    ByteReader reader(buffer, length);
+    const auto type = static_cast<tagEKivAGAttributeType>(reader.I32());
+    const int count = reader.I32();
+    const int bytes = length - kValueOverhead;
+    const bool inside = inlineAllowed && bytes < static_cast<int>(sizeof m_InlineData);
+    kivds::Block block = inside ? nullptr : kivds::NewBlock(bytes);
+    if (!inside && !block)
+        return op.Fail(L"Failed to allocate attribute value data buffer");
+    char* const data = inside ? m_InlineData : block.release();
+    kivds::CopyLittleEndian(data, reader.Take(bytes), count, kivds::ElementSize(type));
+    value = {count, type, reader.I32(), data};
+    m_bPreallocatedData = inside;
+    size = length;
+    return true;
+}
+
+bool CKivDSDicomAttribute::Deserialize(const char* buffer, int& size, bool versioned, int version)
+{
+    if (!buffer)
+        return Operation(L"CKivDSDicomAttribute::Deserialize").Fail(L" Bad input parameters ");
+    ByteReader reader = ByteReader::Unbounded(buffer);
+    return ReadStream(reader, size, versioned, version);
+}
+
+bool CKivDSDicomAttribute::Deserialize(const char* buffer, int length, int& size, bool versioned, int version)
+{
+    if (!buffer)
+        return Operation(L"CKivDSDicomAttribute::Deserialize").Fail(L" Bad input parameters ");
+    ByteReader reader(buffer, length);
+    return ReadStream(reader, size, versioned, version);
+}
+
+bool CKivDSDicomAttribute::ReadStream(ByteReader& reader, int& size, bool versioned, int version)
+{
+    const Operation op(L"CKivDSDicomAttribute::Deserialize");
+    // The declared length may be larger than the fields, and narrows what may be read; the old form declares
+    // none.
+    const int declared = version > 0 ? reader.PeekI32() : reader.Left();
+    ByteReader fields = reader.Part(declared);
+    if (version > 0)
+        fields.U32();
+    if (!ReadFields(fields, versioned, op))
+        return false;
+    size = version > 0 ? declared : fields.Consumed();
+    reader.Take(size);
+    return true;
+}
+
+bool CKivDSDicomAttribute::ReadFields(ByteReader& reader, bool versioned, const Operation& op)
+{
+    const std::uint32_t tag = reader.U32();
+    const int representation = reader.I32();
+    const bool isPrivate = reader.U8() != 0;
+    const bool mustReplicate = reader.U8() != 0;
+    const int count = reader.I32();
+    if (!reader.Ok())
+        return op.Fail(L" Bad input parameters ");
+    Clean();
+    m_ulTag = tag;
+    m_nRepresentation = representation;
+    m_bPrivate = isPrivate;
+    m_bMustReplicate = mustReplicate;
+
+    // More values than there are bytes for: the first one that is not there would be refused in these words.
+    if (count > reader.Left() / kValueOverhead) {
+        op.Report(kInvalidValue);
+        return op.Fail(L" Unable to deserialize the attribute value ");
+    }
+    if (count > 0 && !AllocAttributeValue(count))
+        return op.Fail(L"Failed to allocate attribute value array");
+    for (; m_nNumberOfValues < count; ++m_nNumberOfValues) {
+        // The value's operation is given no length, so the value is measured before it is called.
+        int length = 0;
+        const bool whole = ValueStreamLength(reader) > 0 || op.Fail(kInvalidValue);
+        if (!whole || !Deserialize(reader.Position(), length, m_pValues[m_nNumberOfValues], false))
+            return op.Fail(L" Unable to deserialize the attribute value ");
+        reader.Take(length);
+    }
+    if (!versioned)
+        return true;
+
+    const bool multiFrame = reader.U8() != 0;
+    if (!reader.Ok())
+        return op.Fail(L" Bad input parameters ");
+    ResetMultiFrameInfo();
+    if (!multiFrame)
+        return true;
+    std::unique_ptr<CKivIPPRangeIDC> range = kivds::NewFrameRange();
+    if (!range)
+        return op.Fail(L"Failed to allocate new frame range collection");
+    int length = 0;
+    if (!range->Deserialize(reader.Position(), reader.Left(), &length) || !reader.Take(length))
+        return op.Fail(L" Bad input parameters ");
+    m_pFrameRange = range.release();
+    return true;
+}

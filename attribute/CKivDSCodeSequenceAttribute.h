@@ -1,0 +1,83 @@
+// A DICOM code sequence (PS3.3 8.8): an ordered list of coded entries, the code records, beside the
+// attribute's ordinary values, which are the entries' meanings as text. The attribute owns its records.
+// Threads as for CKivDSDicomAttribute.
+#pragma once
+
+#include "attribute/CKivDSDicomAttribute.h"
+#include "platform/Export.h"
+
+#include <vector>
+
+/// One coded entry; every text is NUL-terminated within its field (PS3.3 Table 8.8-1).
+struct tagSKivDSCodeSequenceAttributeInfo
+{
+    char szCodeValue[33];
+    char szCodingSchemeDesignator[33];
+    char szCodingSchemeVersion[33];
+    char szCodeMeaning[65];
+    char szContextIdentifier[17];
+    char szMappingResource[17];
+    char szContextGroupVersion[27];
+    int nContextGroupExtensionFlag; ///< 1 for Y, else 0
+    char szContextGroupLocalVersion[27];
+    char szContextGroupExtensionCreatorUID[65];
+};
+
+/// Failures are reported under "CKivDSCodeSequenceAttribute::" and the operation's name.
+class KIVDS_API CKivDSCodeSequenceAttribute : public CKivDSDicomAttribute
+{
+public:
+    /// No records, no values.
+    explicit CKivDSCodeSequenceAttribute(bool bPrivate = false, bool bMustReplicate = false);
+    /// One record and its meaning as the one value (representation code 3, CS); must-replicate. "Failed to
+    /// initialize DICOM attribute from code sequence values" (code 1).
+    CKivDSCodeSequenceAttribute(unsigned long tag, const tagSKivDSCodeSequenceAttributeInfo& info);
+    /// When memory runs out for the records: "Unexpected error", and the copy holds none.
+    CKivDSCodeSequenceAttribute(const CKivDSCodeSequenceAttribute& src);
+    ~CKivDSCodeSequenceAttribute() override;
+    CKivDSCodeSequenceAttribute& operator=(const CKivDSCodeSequenceAttribute& src);
+
+    /// Equality of the record lists, in order: code value, coding scheme designator and version, 32
+    /// characters each.
+    bool operator==(const CKivDSCodeSequenceAttribute& other);
+    bool operator!=(const CKivDSCodeSequenceAttribute& other);
+    /// Appends the other's records, repeated ones too, and makes the values anew from all records: each
+    /// record's meaning, with its position as in-sequence index. Nothing happens with itself. "Attempt to add
+    /// code sequence attributes of different DICOM tags"; "Failed to allocate new attribute value array" (the
+    /// records are appended, the old values stay).
+    CKivDSCodeSequenceAttribute& operator+=(const CKivDSCodeSequenceAttribute& other);
+
+    using CKivDSDicomAttribute::Deserialize;
+    using CKivDSDicomAttribute::Serialize;
+    /// The code sequence stream (docs/streams.md), otherwise as the base's. "Failed to serialize base class
+    /// attribute data", "Inconsistent serialization procedure: number of bytes written to buffer does not
+    /// equal expected serialization size" (`size` becomes 0).
+    bool Serialize(char* buffer, int& size) const override;
+    /// "Failed to deserialize base class data", "Inconsistent deserialization procedure: number of bytes read
+    /// from deserialization buffer does not equal expected number of bytes read" (`size` becomes 0; also for
+    /// a text that does not fit its field). The records read before a failure stay.
+    bool Deserialize(const char* buffer, int& size, bool versioned, int version) override;
+
+    /// The number of records, and one of them, lent until the records change; null, without a report, out of
+    /// range.
+    int GetNumberOfCodes() const noexcept;
+    const tagSKivDSCodeSequenceAttributeInfo* GetCodePtr(int index) const noexcept;
+
+protected:
+    /// Bytes of the stream; 0 when an int cannot hold the length.
+    int GetSizeOfSerializedCodeSequenceAttribute() const;
+    /// Appends copies of the other's records.
+    void CopyLocal(const CKivDSCodeSequenceAttribute& other);
+    /// Empties the record list, keeping its room.
+    void CleanLocal();
+    /// Fills `value` with the record's meaning in a new heap block that the caller releases with
+    /// DeleteAttributeValue; without data when no memory can be had.
+    void ConvertCodeSequenceInfoToValue(const tagSKivDSCodeSequenceAttributeInfo& info, int index,
+                                        SKivAGAttributeValue& value) const;
+    void ConvertSynonymToValue(const char* text, int index, SKivAGAttributeValue& value) const;
+
+    bool ReadStream(kivds::ByteReader& reader, int& size, bool versioned, int version) override;
+
+private:
+    std::vector<tagSKivDSCodeSequenceAttributeInfo> m_Codes;
+};

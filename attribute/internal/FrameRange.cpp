@@ -1,0 +1,37 @@
+#include "attribute/internal/FrameRange.h"
+
+#include "platform/CKivIPPScopeItemFactory.h"
+
+namespace kivds {
+
+namespace {
+
+template <class Make>
+std::unique_ptr<CKivIPPRangeIDC> FromFactory(Make make) noexcept
+{
+    if (!g_pItemFactory)
+        return nullptr;
+    try {
+        std::unique_ptr<CKivIPPScopeItemC> item(make(*g_pItemFactory));
+        std::unique_ptr<CKivIPPRangeIDC> range(dynamic_cast<CKivIPPRangeIDC*>(item.get()));
+        if (range)
+            (void)item.release(); // the same object, held by `range` now
+        return range;
+    } catch (...) {
+        return nullptr;
+    }
+}
+
+} // namespace
+
+std::unique_ptr<CKivIPPRangeIDC> NewFrameRange() noexcept
+{
+    return FromFactory([](CKivIPPScopeItemFactory& factory) { return factory.Create(g_RangeUID); });
+}
+
+std::unique_ptr<CKivIPPRangeIDC> CloneFrameRange(const CKivIPPRangeIDC& range) noexcept
+{
+    return FromFactory([&](CKivIPPScopeItemFactory& factory) { return factory.Clone(&range); });
+}
+
+} // namespace kivds
