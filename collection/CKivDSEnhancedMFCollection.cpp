@@ -1,0 +1,288 @@
+// The enhanced multi-frame collection and its stream; docs/streams.md draws it.
+//
+//   0   .. the regular collection's stream (kind 0 or 1)
+//   ..  4  number of per-frame collections
+//   ..  .. their streams, in frame order
+//   ..  4  total length, this field included
+#include "collection/CKivDSEnhancedMFCollection.h"
+
+#include "collection/internal/FrameCount.h"
+#include "collection/internal/PartSharing.h"
+#include "foundation/internal/ByteReader.h"
+#include "foundation/internal/ByteWriter.h"
+#include "foundation/internal/Operation.h"
+
+#include <algorithm>
+
+using kivds::ByteReader;
+using kivds::ByteWriter;
+using kivds::Operation;
+using kivds::PartAccess;
+using Facade = CKivDSDicomAttributeCollection;
+
+CKivDSEnhancedMFCollection::CKivDSEnhancedMFCollection() : CKivDSDicomAttributeCollection(false) {}
+
+CKivDSEnhancedMFCollection::CKivDSEnhancedMFCollection(const CKivDSEnhancedMFCollection& src, bool deep)
+    : CKivDSDicomAttributeCollection(src, deep)
+{
+    for (const Facade* const frame : src.m_MFCollections)
+        AppendFrame(*frame, deep);
+}
+
+CKivDSEnhancedMFCollection& CKivDSEnhancedMFCollection::operator=(const CKivDSEnhancedMFCollection& src)
+{
+    if (this == &src)
+        return *this;
+    Clear();
+    CKivDSDicomAttributeCollection::AddCollection(src, true);
+    for (const Facade* const frame : src.m_MFCollections)
+        AppendFrame(*frame, true);
+    return *this;
+}
+
+CKivDSEnhancedMFCollection::~CKivDSEnhancedMFCollection()
+{
+    CKivDSEnhancedMFCollection::Clear();
+}
+
+void CKivDSEnhancedMFCollection::Clear()
+{
+    CKivDSDicomAttributeCollection::Clear();
+    for (Facade* const frame : m_MFCollections)
+        delete frame;
+    m_MFCollections.clear();
+}
+
+std::vector<CKivDSDicomAttributeCollection*>& CKivDSEnhancedMFCollection::GetCollectionVect()
+{
+    return m_MFCollections;
+}
+
+bool CKivDSEnhancedMFCollection::AppendFrame(const Facade& frame, bool deep)
+{
+    const Operation op(L"CKivDSEnhancedMFCollection::AddMFCollection");
+    return op.Guard(kivds::kUnexpectedError, [&] {
+        auto copy = std::make_unique<Facade>(frame, deep);
+        m_MFCollections.push_back(copy.get());
+        (void)copy.release(); // a frame now
+        return true;
+    });
+}
+
+bool CKivDSEnhancedMFCollection::AddCollection(CKivDSDicomAttributeCollection* collection, bool deep)
+{
+    if (!collection)
+        return Operation(L"CKivDSEnhancedMFCollection::AddCollection")
+            .Fail(L"Null collection pointer as input parameter");
+    // An enhanced multi-frame facade stands for its regular collection, so that none is nested in itself.
+    return CKivDSDicomAttributeCollection::AddCollection(PartAccess::Regular(*collection), deep);
+}
+
+bool CKivDSEnhancedMFCollection::AddMFCollection(CKivDSDicomAttributeCollection* collection, bool deep)
+{
+    if (!collection)
+        return Operation(L"CKivDSEnhancedMFCollection::AddMFCollection")
+            .Fail(L"Null collection pointer as input parameter");
+    return AppendFrame(*collection, deep);
+}
+
+CKivDSDicomAttributeCollection* CKivDSEnhancedMFCollection::GetCollection(bool deep)
+{
+    const Operation op(L"CKivDSEnhancedMFCollection::GetCollection");
+    if (!m_pSingleFrameCollection && !m_pMultiFrameCollection) {
+        op.Report(L"Object not properly initialized ");
+        return nullptr;
+    }
+    return op.Guard(L"Unexpected error while creating the regular collection", [&] {
+        auto regular = std::make_unique<Facade>(m_pSingleFrameCollection, m_pMultiFrameCollection);
+        if (deep)
+            regular = std::make_unique<Facade>(*regular, true);
+        return regular.release();
+    });
+}
+
+CKivDSDicomAttributeCollection* CKivDSEnhancedMFCollection::GetMFCollection(int index)
+{
+    const Operation op(L"CKivDSEnhancedMFCollection::GetMFCollection");
+    if (index < 0 || index >= GetNumberOfMFCollections()) {
+        op.Report(L"Invalid multiframe collection index ");
+        return nullptr;
+    }
+    return op.Guard(L"Unexpected error while creating the MF collection", [&] {
+        const Facade regular(m_pSingleFrameCollection, m_pMultiFrameCollection);
+        auto complete = std::make_unique<Facade>(regular, index, true);
+        *complete += *m_MFCollections[static_cast<std::size_t>(index)];
+        UpdateNumberOfFrames(*complete);
+        return complete.release();
+    });
+}
+
+void CKivDSEnhancedMFCollection::UpdateNumberOfFrames(CKivDSDicomAttributeCollection& collection)
+{
+    CKivDSDicomAttribute* attribute = nullptr;
+    SKivAGAttributeValue value = {};
+    if (!collection.GetAttributePtr(kivds::kNumberOfFrames, &attribute, true, true) ||
+        !attribute->GetValue(0, &value))
+        return;
+    if (kivds::WriteFrameCount(value, 1))
+        attribute->SetValue(0, &value);
+    attribute->DeleteAttributeValue(value);
+}
+
+int CKivDSEnhancedMFCollection::GetNumberOfMFCollections() const
+{
+    return static_cast<int>(m_MFCollections.size());
+}
+
+bool CKivDSEnhancedMFCollection::IsEnhancedMFCollection() const
+{
+    return true;
+}
+
+bool CKivDSEnhancedMFCollection::GetNumberOfFrames(int* frames)
+{
+    if (!IsGood() || !frames)
+        return false;
+    *frames = GetNumberOfMFCollections();
+    return *frames != 0;
+}
+
+bool CKivDSEnhancedMFCollection::SameFrames(const CKivDSEnhancedMFCollection& b) const
+{
+    return std::equal(m_MFCollections.begin(), m_MFCollections.end(), b.m_MFCollections.begin(),
+                      b.m_MFCollections.end(),
+                      [](Facade* mine, const Facade* theirs) { return *mine == *theirs; });
+}
+
+// Reports when the frames of both cannot be paired.
+bool CKivDSEnhancedMFCollection::RefuseFrames(const CKivDSEnhancedMFCollection& src,
+                                              const Operation& op) const
+{
+    return GetNumberOfMFCollections() != src.GetNumberOfMFCollections() &&
+           !op.Fail(L"Source and destination DACs have different number of frames. Operation is ignored.", 1);
+}
+
+CKivDSEnhancedMFCollection& CKivDSEnhancedMFCollection::operator|=(const CKivDSEnhancedMFCollection& src)
+{
+    const Operation op(L"CKivDSEnhancedMFCollection::operator |=");
+    if (this == &src)
+        return *this;
+    PartAccess::CombineParts(*this, src, &CKivDSBaseDicomAttributeCollection::operator|=);
+    if (m_MFCollections.empty()) {
+        for (const Facade* const frame : src.m_MFCollections) {
+            if (!AppendFrame(*frame, true)) {
+                op.Report(L"Insufficent memory to allocate DAC object.");
+                break;
+            }
+        }
+    } else if (!src.m_MFCollections.empty() && !RefuseFrames(src, op)) {
+        for (std::size_t i = 0; i < m_MFCollections.size(); ++i)
+            *m_MFCollections[i] |= *src.m_MFCollections[i];
+    }
+    return *this;
+}
+
+CKivDSEnhancedMFCollection& CKivDSEnhancedMFCollection::operator-=(const CKivDSEnhancedMFCollection& src)
+{
+    const Operation op(L"CKivDSEnhancedMFCollection::operator -=");
+    if (this == &src)
+        return *this;
+    const auto subtract = [](CKivDSBaseDicomAttributeCollection* mine,
+                             const CKivDSBaseDicomAttributeCollection* theirs) {
+        if (mine && theirs && mine != theirs)
+            *mine -= *theirs;
+    };
+    subtract(m_pSingleFrameCollection, PartAccess::SinglePart(src));
+    subtract(m_pMultiFrameCollection, PartAccess::MultiPart(src));
+    if (!src.m_MFCollections.empty() && !RefuseFrames(src, op)) {
+        for (std::size_t i = 0; i < m_MFCollections.size(); ++i)
+            *m_MFCollections[i] -= *src.m_MFCollections[i];
+    }
+    return *this;
+}
+
+// ---------------------------------------------------------------------------------------------------------------
+// stream
+
+int CKivDSEnhancedMFCollection::GetSize()
+{
+    const Operation op(L"CKivDSEnhancedMFCollection::GetSize");
+    int length = 0;
+    if (!CKivDSDicomAttributeCollection::Serialize(nullptr, length) || length == 0) {
+        op.Report(L"Failed to retrieve the size of the regular collection");
+        return 0;
+    }
+    std::int64_t total = std::int64_t{length} + 4 + 4;
+    for (Facade* const frame : m_MFCollections) {
+        if (!frame->Serialize(nullptr, length) || length == 0) {
+            op.Report(L"Failed to get the size of the emf collection");
+            return 0;
+        }
+        total += length;
+    }
+    return kivds::StreamLength(total);
+}
+
+bool CKivDSEnhancedMFCollection::Serialize(char* buffer, int& size)
+{
+    const Operation op(L"CKivDSEnhancedMFCollection::Serialize");
+    const int total = GetSize();
+    if (!buffer) {
+        size = total;
+        return true;
+    }
+    ByteWriter writer(buffer);
+    int length = 0;
+    // Without a total the caller's buffer has no size to speak of, and nothing is written.
+    if (total == 0 || !CKivDSDicomAttributeCollection::Serialize(writer.Position(), length))
+        return op.Fail(L"Failed to serialize the regular collections");
+    writer.Advance(length);
+    writer.I32(GetNumberOfMFCollections());
+    for (Facade* const frame : m_MFCollections) {
+        if (!frame->Serialize(writer.Position(), length))
+            return op.Fail(L"Failed to deserialize the emf collection");
+        writer.Advance(length);
+    }
+    writer.I32(total);
+    size = total;
+    return true;
+}
+
+bool CKivDSEnhancedMFCollection::Deserialize(const char* buffer, int& size, bool versioned)
+{
+    if (!buffer)
+        return Operation(L"CKivDSEnhancedMFCollection::Deserialize")
+            .Fail(L"Failed to deserialize the regular collections");
+    ByteReader reader = ByteReader::Unbounded(buffer);
+    return ReadEnhanced(reader, size, versioned);
+}
+
+bool CKivDSEnhancedMFCollection::ReadEnhanced(ByteReader& reader, int& size, bool versioned)
+{
+    const Operation op(L"CKivDSEnhancedMFCollection::Deserialize");
+    if (!m_pSingleFrameCollection)
+        m_pSingleFrameCollection = CreateCollection();
+    int length = 0;
+    Facade& regular = *this;
+    if (!reader.Deeper() || !PartAccess::Read(regular, reader, length, versioned))
+        return op.Fail(L"Failed to deserialize the regular collections");
+    const int count = reader.I32();
+    for (int i = 0; i < count; ++i) {
+        const bool read = reader.Ok() && op.Guard(kivds::kUnexpectedError, [&] {
+            auto frame = std::make_unique<Facade>(true);
+            if (!PartAccess::Read(*frame, reader, length, versioned))
+                return false;
+            m_MFCollections.push_back(frame.get());
+            (void)frame.release(); // a frame now
+            return true;
+        });
+        if (!read)
+            return op.Fail(L"Failed to deserialize the emf collection");
+    }
+    const int total = reader.I32();
+    if (!reader.Ok())
+        return op.Fail(L"Failed to deserialize the emf collection");
+    reader.Shallower();
+    size = total; // as it stands there; it is compared with nothing, and does not move the reader
+    return true;
+}

@@ -1,0 +1,277 @@
+// The streams of collections; docs/streams.md draws them.
+//
+//   collection stream               part stream                 attribute record
+//   0   1  version, 7               0   4  -7                   0  4  attribute type
+//   1   1  kind                     4   4  total length         4  .. the attribute's own stream
+//   2   .. parts                    8   4  count of records
+//   ..  4  total length             12  .. the records
+//
+// Kind 0: the single-frame part; 1: the single-frame and the multi-frame part; 2: the enhanced multi-frame
+// stream. Old forms, read alone: a part that begins with its count has no version, no total and no types, and
+// its attributes have no length; a collection that begins with kind 0 or 1 has no version and no total;
+// without the versioned flag a collection is one old part.
+#include "attribute/CKivDSDicomAttributeFactory.h"
+#include "attribute/internal/AttributeTypes.h"
+#include "collection/internal/PartSharing.h"
+#include "foundation/internal/ByteReader.h"
+#include "foundation/internal/ByteWriter.h"
+#include "foundation/internal/Operation.h"
+
+#include <algorithm>
+#include <limits>
+#include <utility>
+
+using kivds::ByteReader;
+using kivds::ByteWriter;
+using kivds::Operation;
+using kivds::PartAccess;
+
+const char CKivDSDicomAttributeCollection::ms_nVersion = 7;
+const int CKivDSBaseDicomAttributeCollection::ms_nAttrVersion = 7;
+
+namespace {
+
+enum Kind : int
+{
+    kSingleFrame = 0,
+    kMultiFrame = 1,
+    kEnhanced = 2
+};
+
+constexpr const wchar_t* kFacadeDeserialize = L"CKivDSDicomAttributeCollection::Deserialize";
+constexpr const wchar_t* kPartDeserialize = L"CKivDSBaseDicomAttributeCollection::Deserialize";
+constexpr const wchar_t* kInvalidInput = L" Invalid input parameters ";
+constexpr int kTotalSize = 4;
+
+} // namespace
+
+// ----------------------------------------------------------------------------------------------------------------
+// parts
+
+// The fields of a part's stream, for its length (a counting writer) and for its bytes. False when an
+// attribute cannot tell its length or write itself.
+bool CKivDSBaseDicomAttributeCollection::WriteFields(ByteWriter& writer, int total) const
+{
+    const auto isThere = [](const auto& entry) { return entry.second != nullptr; };
+    writer.I32(-ms_nAttrVersion);
+    writer.I32(total);
+    writer.I32(static_cast<int>(std::count_if(m_Attributes.begin(), m_Attributes.end(), isThere)));
+    for (const auto& [tag, attribute] : m_Attributes) {
+        if (!attribute)
+            continue;
+        writer.I32(attribute->GetType());
+        int length = 0;
+        if (!attribute->Serialize(writer.Position(), length) || length == 0)
+            return false;
+        writer.Advance(length);
+    }
+    return true;
+}
+
+int CKivDSBaseDicomAttributeCollection::GetSize() const
+{
+    ByteWriter counter(nullptr);
+    return WriteFields(counter, 0) ? kivds::StreamLength(counter.Written()) : 0;
+}
+
+bool CKivDSBaseDicomAttributeCollection::Serialize(char* buffer, int& size) const
+{
+    const int total = GetSize();
+    if (!buffer) {
+        size = total;
+        return true;
+    }
+    ByteWriter writer(buffer);
+    const bool written = total > 0 && WriteFields(writer, total) && writer.Written() == total;
+    size = written ? total : 0;
+    return written || Operation(L"CKivDSBaseDicomAttributeCollection::Serialize")
+                          .Fail(L"Inconsistent serialization format: serialization aborted");
+}
+
+bool CKivDSBaseDicomAttributeCollection::Deserialize(const char* buffer, int& size, bool versioned)
+{
+    if (!buffer)
+        return Operation(kPartDeserialize).Fail(kInvalidInput);
+    ByteReader reader = ByteReader::Unbounded(buffer);
+    return ReadPart(reader, size, versioned);
+}
+
+bool CKivDSBaseDicomAttributeCollection::ReadPart(ByteReader& reader, int& size, bool versioned)
+{
+    const Operation op(kPartDeserialize);
+    Clean();
+    int version = 0;
+    int total = 0;
+    ByteReader fields = reader.Part(reader.Left());
+    if (versioned && reader.PeekI32() < 0) {
+        const int marker = fields.I32();
+        version = marker == std::numeric_limits<int>::min() ? std::numeric_limits<int>::max() : -marker;
+        total = fields.I32();
+        if (total > 0) { // the declared total narrows what may be read
+            const int header = fields.Consumed();
+            fields = reader.Part(total);
+            fields.Take(header);
+        }
+    }
+    const int count = fields.I32();
+    if (!fields.Ok())
+        return op.Fail(kInvalidInput);
+    for (int i = 0; i < count; ++i) {
+        const int type = version > 0 ? fields.I32() : kivds::kPlainAttribute;
+        std::unique_ptr<CKivDSDicomAttribute> attribute(
+            fields.Ok() ? g_DicomAttributeFactory.CreateDicomAttribute(type) : nullptr);
+        if (fields.Ok() && !attribute && !kivds::IsAttributeType(type)) {
+            const int length = fields.PeekI32(); // an unknown class's stream is passed over by its own length
+            fields.Take(length >= kTotalSize ? length : -1);
+            if (!fields.Ok())
+                return op.Fail(L"Failed to deserialize attribute");
+            continue;
+        }
+        int length = 0;
+        if (!attribute ||
+            !attribute->Deserialize(fields.Position(), fields.Left(), length, versioned, version))
+            return op.Fail(L"Failed to deserialize attribute");
+        fields.Take(length);
+        if (!AddAttribute(attribute.get(), false))
+            return op.Fail(L"Failed to add attribute to collection");
+        (void)attribute.release(); // the collection's now
+    }
+    size = total > 0 ? total : fields.Consumed();
+    reader.Take(size);
+    return true;
+}
+
+// ---------------------------------------------------------------------------------------------------------------
+// facade
+
+namespace {
+
+// The length that a part announces, added up; false when it cannot tell.
+template <class Collection>
+bool AddLength(Collection& part, std::int64_t& sum)
+{
+    int length = 0;
+    if (!part.Serialize(nullptr, length) || length <= 0)
+        return false;
+    sum += length;
+    return true;
+}
+
+template <class Collection>
+bool WritePart(Collection& part, ByteWriter& writer)
+{
+    int length = 0;
+    if (!part.Serialize(writer.Position(), length))
+        return false;
+    writer.Advance(length);
+    return true;
+}
+
+} // namespace
+
+int CKivDSDicomAttributeCollection::GetSize() const
+{
+    std::int64_t length = 2 + kTotalSize;
+    const bool told =
+        m_pEnhancedMFCollection
+            ? AddLength(*m_pEnhancedMFCollection, length)
+            : m_pSingleFrameCollection && AddLength(std::as_const(*m_pSingleFrameCollection), length) &&
+                  (!m_pMultiFrameCollection || AddLength(std::as_const(*m_pMultiFrameCollection), length));
+    return told ? kivds::StreamLength(length) : 0;
+}
+
+bool CKivDSDicomAttributeCollection::Serialize(char* buffer, int& size)
+{
+    const Operation op(L"CKivDSDicomAttributeCollection::Serialize");
+    if (!IsGood() || RefuseCompound(op))
+        return false;
+    const int total = GetSize();
+    if (!buffer) {
+        size = total;
+        return true;
+    }
+    ByteWriter writer(buffer);
+    if (total > 0) { // else the caller's buffer has no size to speak of, and nothing is written
+        writer.U8(static_cast<std::uint8_t>(ms_nVersion));
+        writer.U8(m_pEnhancedMFCollection ? kEnhanced : m_pMultiFrameCollection ? kMultiFrame : kSingleFrame);
+        const bool written = m_pEnhancedMFCollection
+                                 ? WritePart(*m_pEnhancedMFCollection, writer)
+                                 : WritePart(std::as_const(*m_pSingleFrameCollection), writer) &&
+                                       (!m_pMultiFrameCollection ||
+                                        WritePart(std::as_const(*m_pMultiFrameCollection), writer));
+        if (!written)
+            return false;
+        writer.I32(total);
+    }
+    size = writer.Written() == total ? total : 0;
+    return size > 0 || op.Fail(L"Inconsistent serialization format: serialization aborted ");
+}
+
+bool CKivDSDicomAttributeCollection::Deserialize(const char* buffer, int& size, bool versioned)
+{
+    if (!IsGood() || !buffer)
+        return false;
+    ByteReader reader = ByteReader::Unbounded(buffer);
+    return ReadFacade(reader, size, versioned);
+}
+
+// Not virtual, since nothing may be inserted into the virtual table; so it asks for the object's class.
+bool CKivDSDicomAttributeCollection::Deserialize(const char* buffer, int length, int& size, bool versioned)
+{
+    if (!buffer) // each class reports a missing buffer in its own way
+        return Deserialize(buffer, size, versioned);
+    ByteReader reader(buffer, length);
+    if (auto* const part = dynamic_cast<CKivDSBaseDicomAttributeCollection*>(this))
+        return PartAccess::Read(*part, reader, size, versioned);
+    if (auto* const enhanced = dynamic_cast<CKivDSEnhancedMFCollection*>(this))
+        return PartAccess::Read(*enhanced, reader, size, versioned);
+    return IsGood() && ReadFacade(reader, size, versioned);
+}
+
+bool CKivDSDicomAttributeCollection::ReadFacade(ByteReader& reader, int& size, bool versioned)
+{
+    const Operation op(kFacadeDeserialize);
+    const int start = reader.Consumed();
+    std::int8_t version = 0;
+    int kind = kSingleFrame;
+    if (versioned) {
+        const std::uint8_t first = reader.U8();
+        const bool old = first == kSingleFrame || first == kMultiFrame;
+        version = old ? std::int8_t{0} : static_cast<std::int8_t>(first);
+        kind = old ? first : reader.U8();
+    }
+    if (!reader.Ok())
+        return op.Fail(kInvalidInput);
+
+    int length = 0;
+    if (kind == kEnhanced) {
+        if (IsEnhancedMFCollection() &&
+            !m_pEnhancedMFCollection) // an enhanced collection's own regular stream
+            return op.Fail(L"Operation not supported on enhanced MF collections ");
+        if (!m_pEnhancedMFCollection)
+            m_pEnhancedMFCollection = PartAccess::Share(new (std::nothrow) CKivDSEnhancedMFCollection);
+        if (!m_pEnhancedMFCollection)
+            return op.Fail(kivds::kUnexpectedError);
+        if (!PartAccess::Read(*m_pEnhancedMFCollection, reader, length, versioned))
+            return false;
+    } else {
+        if (!m_pSingleFrameCollection)
+            return op.Fail(m_pCompoundCollection ? L"Operation not supported on compound collections "
+                                                 : L"Operation not supported on enhanced MF collections ");
+        if (!PartAccess::Read(*m_pSingleFrameCollection, reader, length, versioned))
+            return false;
+        if (kind == kMultiFrame) {
+            if (!m_pMultiFrameCollection)
+                m_pMultiFrameCollection = CreateCollection();
+            if (!m_pMultiFrameCollection ||
+                !PartAccess::Read(*m_pMultiFrameCollection, reader, length, versioned))
+                return false;
+        }
+    }
+    if (version > 1)
+        reader.Take(kTotalSize); // the total, which is compared with nothing
+    if (!reader.Ok())
+        return op.Fail(kInvalidInput);
+    size = reader.Consumed() - start;
+    return true;
+}

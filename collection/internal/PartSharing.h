@@ -1,0 +1,117 @@
+// Reference counts of collection parts, and what else the collection classes may do to one another's insides.
+// Counts move here and nowhere else.
+#pragma once
+
+#include "collection/CKivDSBaseDicomAttributeCollection.h"
+#include "collection/CKivDSCompoundCollection.h"
+#include "collection/CKivDSEnhancedMFCollection.h"
+
+#include <memory>
+#include <new>
+#include <utility>
+
+namespace kivds {
+
+struct PartAccess
+{
+    /// Takes a share in `part`, which may be null.
+    template <class Part>
+    static Part* Share(Part* part) noexcept
+    {
+        if (part)
+            static_cast<CKivDSDicomAttributeCollection*>(part)->m_nRefCount.Increment();
+        return part;
+    }
+
+    /// Lets a share go and nulls the pointer; the last share deletes the part.
+    template <class Part>
+    static void Release(Part*& part) noexcept
+    {
+        Part* const released = std::exchange(part, nullptr);
+        if (released && static_cast<CKivDSDicomAttributeCollection*>(released)->m_nRefCount.Decrement() == 0)
+            delete released;
+    }
+
+    /// Puts a part in the place of another. `with` may be the same part, null, or held by nobody yet.
+    template <class Part>
+    static void Replace(Part*& part, Part* with) noexcept
+    {
+        Part* former = std::exchange(part, Share(with));
+        Release(former);
+    }
+
+    /// A copy of a part, or null for null; held by nobody yet. May throw, where the copy constructor reports.
+    static std::unique_ptr<CKivDSBaseDicomAttributeCollection>
+    Copy(const CKivDSBaseDicomAttributeCollection* src)
+    {
+        if (!src)
+            return nullptr;
+        auto copy = std::make_unique<CKivDSBaseDicomAttributeCollection>();
+        copy->CopyFrom(*src);
+        return copy;
+    }
+
+    static CKivDSBaseDicomAttributeCollection*
+    SinglePart(const CKivDSDicomAttributeCollection& facade) noexcept
+    {
+        return facade.m_pSingleFrameCollection;
+    }
+
+    static CKivDSBaseDicomAttributeCollection*
+    MultiPart(const CKivDSDicomAttributeCollection& facade) noexcept
+    {
+        return facade.m_pMultiFrameCollection;
+    }
+
+    static CKivDSCompoundCollection* Compound(const CKivDSDicomAttributeCollection& facade) noexcept
+    {
+        return facade.m_pCompoundCollection;
+    }
+
+    /// The facade whose parts stand for `facade` in set operations.
+    static const CKivDSDicomAttributeCollection& Regular(const CKivDSDicomAttributeCollection& facade)
+    {
+        return facade.Regular();
+    }
+
+    /// Applies an operator to both pairs of parts of two facades.
+    static void CombineParts(CKivDSDicomAttributeCollection& a, const CKivDSDicomAttributeCollection& b,
+                             CKivDSBaseDicomAttributeCollection& (CKivDSBaseDicomAttributeCollection::*apply)(
+                                 const CKivDSBaseDicomAttributeCollection&))
+    {
+        a.CombineParts(b, apply);
+    }
+
+    static bool SameFrames(const CKivDSEnhancedMFCollection& a, const CKivDSEnhancedMFCollection& b)
+    {
+        return a.SameFrames(b);
+    }
+
+    static std::map<unsigned long, CKivDSDicomAttribute*>* MapOf(CKivDSDicomAttributeCollection& collection)
+    {
+        return collection.GetMapPtr();
+    }
+
+    static std::map<unsigned long, CKivDSDicomAttribute*>*
+    MultiFrameMapOf(CKivDSDicomAttributeCollection& collection)
+    {
+        return collection.GetMultiFrameMapPtr();
+    }
+
+    static bool Read(CKivDSDicomAttributeCollection& facade, ByteReader& reader, int& size, bool versioned)
+    {
+        return facade.ReadFacade(reader, size, versioned);
+    }
+
+    static bool Read(CKivDSBaseDicomAttributeCollection& part, ByteReader& reader, int& size, bool versioned)
+    {
+        return part.ReadPart(reader, size, versioned);
+    }
+
+    static bool Read(CKivDSEnhancedMFCollection& enhanced, ByteReader& reader, int& size, bool versioned)
+    {
+        return enhanced.ReadEnhanced(reader, size, versioned);
+    }
+};
+
+} // namespace kivds
