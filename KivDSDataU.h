@@ -1,0 +1,26 @@
+// KivDSDataU: DICOM data in memory. This header includes the whole public interface; each class also has its
+// own header.
+#pragma once
+
+#include "attribute/CKivDSCodeSequenceAttribute.h"
+#include "attribute/CKivDSDicomAttribute.h"
+#include "attribute/CKivDSDicomAttributeFactory.h"
+#include "attribute/DumpListener.h"
+#include "collection/CKivDSBaseDicomAttributeCollection.h"
+#include "collection/CKivDSCompoundCollection.h"
+#include "collection/CKivDSCompoundCollectionIterator.h"
+#include "collection/CKivDSDicomAttributeCollection.h"
+#include "collection/CKivDSDicomAttributeCollectionIterator.h"
+#include "collection/CKivDSEnhancedMFCollection.h"
+#include "foundation/AttributeValue.h"
+#include "foundation/CKivDSBase.h"
+#include "foundation/CKivDSSubscriber.h"
+#include "foundation/CRWLock.h"
+#include "platform/CKivIPBaseError.h"
+#include "platform/CKivIPPRangeIDC.h"
+#include "platform/CKivIPPScopeC.h"
+#include "platform/CKivIPPScopeCollectionC.h"
+#include "platform/CKivIPPScopeElementC.h"
+#include "platform/CKivIPPScopeItemC.h"
+#include "platform/CKivIPPScopeItemFactory.h"
+#include "scriptversion/CKivDSScriptVersion.h"
