@@ -37,3 +37,9 @@
 #else
 #define KIVDS_API KIV_IMPORT
 #endif
+
+#if defined(KIV_BUILD_DICOM) // KivDSDicom: the adapter for DICOM files
+#define KIVDS_DICOM_API KIV_EXPORT
+#else
+#define KIVDS_DICOM_API KIV_IMPORT
+#endif
