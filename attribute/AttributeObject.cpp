@@ -1,7 +1,7 @@
 // The attribute as an object: construction, copying, release, storage of its values, plain accessors.
 #include "attribute/CKivDSDicomAttribute.h"
 #include "attribute/internal/GatheredValues.h"
-#include "foundation/internal/Blocks.h"
+#include "platform/internal/Blocks.h"
 #include "foundation/internal/ElementTypes.h"
 #include "foundation/internal/Operation.h"
 

@@ -13,9 +13,9 @@
 // The old form has no total length (version 0); without the versioned flag the multi-frame part is not read.
 #include "attribute/CKivDSDicomAttribute.h"
 #include "attribute/internal/FrameRange.h"
-#include "foundation/internal/Blocks.h"
-#include "foundation/internal/ByteReader.h"
-#include "foundation/internal/ByteWriter.h"
+#include "platform/internal/Blocks.h"
+#include "platform/internal/ByteReader.h"
+#include "platform/internal/ByteWriter.h"
 #include "foundation/internal/ElementTypes.h"
 #include "foundation/internal/Operation.h"
 

@@ -2,7 +2,7 @@
 #include "attribute/CKivDSDicomAttribute.h"
 #include "attribute/internal/NumberText.h"
 #include "attribute/internal/PieceReader.h"
-#include "foundation/internal/Blocks.h"
+#include "platform/internal/Blocks.h"
 #include "foundation/internal/ElementTypes.h"
 #include "foundation/internal/Operation.h"
 

@@ -8,9 +8,9 @@
 
 #include "attribute/internal/AttributeTypes.h"
 #include "attribute/internal/Representation.h"
-#include "foundation/internal/Blocks.h"
-#include "foundation/internal/ByteReader.h"
-#include "foundation/internal/ByteWriter.h"
+#include "platform/internal/Blocks.h"
+#include "platform/internal/ByteReader.h"
+#include "platform/internal/ByteWriter.h"
 #include "foundation/internal/Operation.h"
 
 #include <algorithm>

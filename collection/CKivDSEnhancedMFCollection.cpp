@@ -8,8 +8,8 @@
 
 #include "collection/internal/FrameCount.h"
 #include "collection/internal/PartSharing.h"
-#include "foundation/internal/ByteReader.h"
-#include "foundation/internal/ByteWriter.h"
+#include "platform/internal/ByteReader.h"
+#include "platform/internal/ByteWriter.h"
 #include "foundation/internal/Operation.h"
 
 #include <algorithm>

@@ -13,8 +13,8 @@
 #include "attribute/CKivDSDicomAttributeFactory.h"
 #include "attribute/internal/AttributeTypes.h"
 #include "collection/internal/PartSharing.h"
-#include "foundation/internal/ByteReader.h"
-#include "foundation/internal/ByteWriter.h"
+#include "platform/internal/ByteReader.h"
+#include "platform/internal/ByteWriter.h"
 #include "foundation/internal/Operation.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include "foundation/AttributeValue.h"
 
-#include "foundation/internal/Blocks.h"
+#include "platform/internal/Blocks.h"
 #include "foundation/internal/ElementTypes.h"
 #include "foundation/internal/Operation.h"
 

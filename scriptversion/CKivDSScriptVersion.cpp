@@ -8,8 +8,8 @@
 // The old form begins with the count and has no total.
 #include "scriptversion/CKivDSScriptVersion.h"
 
-#include "foundation/internal/ByteReader.h"
-#include "foundation/internal/ByteWriter.h"
+#include "platform/internal/ByteReader.h"
+#include "platform/internal/ByteWriter.h"
 #include "foundation/internal/Operation.h"
 
 #include <algorithm>

@@ -162,7 +162,7 @@ bool CKivIPPRangeIDC::Serialize(char* buffer, int* size) const
 {
     if (size == nullptr)
         return false;
-    ByteWriter writer(buffer, StreamKind::Range, GetType());
+    StreamWriter writer(buffer, StreamKind::Range, GetType());
     writer.Count(m_Runs.size());
     for (const SRun& run : m_Runs) {
         writer.Int32(run.m_nFirst);
@@ -177,7 +177,7 @@ bool CKivIPPRangeIDC::Deserialize(const char* buffer, int length, int* size)
     if (size == nullptr)
         return false;
     *size = 0;
-    ByteReader reader(buffer, length, StreamKind::Range);
+    StreamReader reader(buffer, length, StreamKind::Range);
     const bool read = Guard(false, [&] {
         Runs runs;
         const std::size_t number = reader.Count(8);

@@ -131,7 +131,7 @@ bool CKivIPPScopeCollectionC::Serialize(char* buffer, int* size) const
 {
     if (size == nullptr)
         return false;
-    ByteWriter writer(buffer, StreamKind::Collection, GetType());
+    StreamWriter writer(buffer, StreamKind::Collection, GetType());
     writer.Count(m_ItemTypes.size());
     for (const _GUID& type : m_ItemTypes)
         writer.Guid(type);
@@ -152,7 +152,7 @@ bool CKivIPPScopeCollectionC::Deserialize(const char* buffer, int length, int* s
     if (size == nullptr)
         return false;
     *size = 0;
-    ByteReader reader(buffer, length, StreamKind::Collection);
+    StreamReader reader(buffer, length, StreamKind::Collection);
     const bool read = Guard(false, [&] {
         const std::size_t levels = reader.Count(16);
         if (levels > kMaxLevels)

@@ -176,7 +176,7 @@ bool CKivIPPScopeElementC::Serialize(char* buffer, int* size) const
 {
     if (size == nullptr)
         return false;
-    ByteWriter writer(buffer, StreamKind::Element, GetType());
+    StreamWriter writer(buffer, StreamKind::Element, GetType());
     writer.Count(m_Levels.size());
     for (const SLevel& level : m_Levels) {
         writer.Guid(level.m_ItemType);
@@ -198,7 +198,7 @@ bool CKivIPPScopeElementC::Deserialize(const char* buffer, int length, int* size
     if (size == nullptr)
         return false;
     *size = 0;
-    ByteReader reader(buffer, length, StreamKind::Element);
+    StreamReader reader(buffer, length, StreamKind::Element);
     const bool read = Guard(false, [&] {
         const std::size_t number = reader.Count(20);
         if (number > kMaxLevels)

@@ -59,7 +59,7 @@ bool CKivIPPScopeItemC::Serialize(char* buffer, int* size) const
 {
     if (size == nullptr)
         return false;
-    ByteWriter writer(buffer, StreamKind::Item, GetType());
+    StreamWriter writer(buffer, StreamKind::Item, GetType());
     writer.Text(m_UID);
     writer.Int32(m_bAllFrames ? 0 : 1);
     writer.Int32(m_nFirstFrame);
@@ -78,7 +78,7 @@ bool CKivIPPScopeItemC::Deserialize(const char* buffer, int length, int* size)
     if (size == nullptr)
         return false;
     *size = 0;
-    ByteReader reader(buffer, length, StreamKind::Item);
+    StreamReader reader(buffer, length, StreamKind::Item);
     const std::string_view uid = reader.Text();
     const std::int32_t framesNamed = reader.Int32();
     const std::int32_t first = reader.Int32();

@@ -1,6 +1,6 @@
-// What the stand-ins share: bounded reading and writing of their byte streams, and the guard that keeps
-// exceptions inside. Nothing here owns memory; an object belongs to one thread. Integers are little-endian on
-// every host. Every stream of a stand-in begins alike, and holds nothing behind its last field:
+// What the stand-ins share: the frame of their byte streams, and the guard that keeps exceptions inside.
+// Nothing here owns memory; an object belongs to one thread. Every stream of a stand-in begins alike, and
+// holds nothing behind its last field:
 //
 //     0  int32  total length of the stream in bytes, this field included
 //     4  int32  StreamKind
@@ -9,6 +9,8 @@
 #pragma once
 
 #include "platform/Guid.h"
+#include "platform/internal/ByteReader.h"
+#include "platform/internal/ByteWriter.h"
 
 #include <climits>
 #include <cstddef>
@@ -38,17 +40,17 @@ enum class StreamKind : std::int32_t
 };
 
 /// Writes a stream in one pass; with a null buffer it only counts. Failures stick and show in Finish.
-class ByteWriter
+class StreamWriter
 {
 public:
-    ByteWriter(char* buffer, StreamKind kind, const _GUID& type) : m_pBuffer(buffer)
+    StreamWriter(char* buffer, StreamKind kind, const _GUID& type) : m_pBuffer(buffer), m_Writer(buffer)
     {
         Int32(0); // the total, known in Finish
         Int32(static_cast<std::int32_t>(kind));
         Guid(type);
     }
 
-    void Int32(std::int32_t value) { Little<4>(static_cast<std::uint32_t>(value)); }
+    void Int32(std::int32_t value) { m_Writer.I32(value); }
     void Count(std::size_t count)
     {
         m_bOk = m_bOk && count <= INT_MAX;
@@ -56,101 +58,72 @@ public:
     }
     void Guid(const _GUID& guid)
     {
-        Little<4>(guid.Data1);
-        Little<2>(guid.Data2);
-        Little<2>(guid.Data3);
-        Bytes(guid.Data4, sizeof guid.Data4);
+        m_Writer.U32(guid.Data1);
+        m_Writer.U32(std::uint32_t{guid.Data3} << 16 | guid.Data2); // two fields of 16 bits
+        m_Writer.Bytes(guid.Data4, sizeof guid.Data4);
     }
-    void Text(std::string_view text)
-    {
-        Count(text.size());
-        Bytes(text.data(), text.size());
-    }
+    void Text(std::string_view text) { m_Writer.Text(text); }
     /// Lets `object` write its own stream here.
     template <class Object>
     void Nested(const Object& object)
     {
         int size = 0;
-        m_bOk = m_bOk && object.Serialize(At(), &size) && size >= 0;
-        Advance(m_bOk ? static_cast<std::size_t>(size) : 0);
+        m_bOk = m_bOk && object.Serialize(m_Writer.Position(), &size);
+        m_Writer.Advance(size);
     }
 
     /// Completes the stream and sets `*size`, 0 on failure.
     bool Finish(int* size)
     {
-        const std::size_t total = m_nWritten;
-        m_nWritten = 0;
-        Count(total);
-        *size = m_bOk ? static_cast<int>(total) : 0;
-        return m_bOk;
+        *size = m_bOk ? StreamLength(m_Writer.Written()) : 0;
+        ByteWriter(m_pBuffer).I32(*size);
+        return *size > 0;
     }
 
 private:
-    char* At() const { return m_pBuffer == nullptr ? nullptr : m_pBuffer + m_nWritten; }
-    void Advance(std::size_t count)
-    {
-        m_bOk = m_bOk && count <= INT_MAX - m_nWritten;
-        m_nWritten += m_bOk ? count : 0;
-    }
-    void Bytes(const void* bytes, std::size_t count)
-    {
-        char* const at = At();
-        Advance(count);
-        if (m_bOk && at != nullptr && count > 0)
-            std::memcpy(at, bytes, count);
-    }
-    template <int Size>
-    void Little(std::uint32_t value)
-    {
-        unsigned char bytes[Size];
-        for (int i = 0; i < Size; ++i)
-            bytes[i] = static_cast<unsigned char>(value >> (8 * i));
-        Bytes(bytes, Size);
-    }
-
     char* m_pBuffer;
-    std::size_t m_nWritten = 0; // never above INT_MAX
+    ByteWriter m_Writer;
     bool m_bOk = true;
 };
 
 /// Reads one stream within the length given and within the total that the stream declares. Failures stick:
 /// from then on every field reads as zero.
-class ByteReader
+class StreamReader
 {
 public:
-    ByteReader(const char* buffer, int length, StreamKind kind) : m_pAt(buffer)
+    StreamReader(const char* buffer, int length, StreamKind kind)
+        : m_Reader(buffer, buffer ? length : 0), m_nTotal(m_Reader.PeekI32())
     {
-        m_bOk = buffer != nullptr && length > 0;
-        m_nLeft = m_bOk ? static_cast<std::size_t>(length) : 0;
-        m_nTotal = Int32();
-        const std::size_t rest = m_nTotal >= 4 ? static_cast<std::size_t>(m_nTotal) - 4 : SIZE_MAX;
-        m_bOk = m_bOk && rest <= m_nLeft;
-        m_nLeft = m_bOk ? rest : 0;
-        m_bOk = Int32() == static_cast<std::int32_t>(kind) && m_bOk;
+        m_Reader = m_Reader.Part(m_nTotal);
+        m_Reader.U32(); // the total itself
+        if (Int32() != static_cast<std::int32_t>(kind))
+            m_Reader.Fail();
         m_Type = Guid();
     }
 
-    bool Ok() const { return m_bOk; }
+    bool Ok() const { return m_Reader.Ok(); }
     /// Whether the stream was sound and has been read whole.
-    bool AtEnd() const { return m_bOk && m_nLeft == 0; }
+    bool AtEnd() const { return Ok() && m_Reader.Left() == 0; }
     int Total() const { return m_nTotal; }
     const _GUID& Type() const { return m_Type; }
 
-    std::int32_t Int32() { return static_cast<std::int32_t>(Little<4>()); }
+    std::int32_t Int32() { return m_Reader.I32(); }
     /// A count of things that take at least `smallest` bytes each; fails when they cannot all be there.
-    std::size_t Count(std::size_t smallest)
+    std::size_t Count(int smallest)
     {
         const std::int32_t count = Int32();
-        m_bOk = m_bOk && count >= 0 && static_cast<std::size_t>(count) <= m_nLeft / smallest;
-        return m_bOk ? static_cast<std::size_t>(count) : 0;
+        if (count < 0 || count > m_Reader.Left() / smallest)
+            m_Reader.Fail();
+        return Ok() ? static_cast<std::size_t>(count) : 0;
     }
     _GUID Guid()
     {
         _GUID guid = {};
-        guid.Data1 = Little<4>();
-        guid.Data2 = static_cast<std::uint16_t>(Little<2>());
-        guid.Data3 = static_cast<std::uint16_t>(Little<2>());
-        if (const char* const bytes = Take(sizeof guid.Data4))
+        guid.Data1 = m_Reader.U32();
+        const std::uint32_t data2And3 = m_Reader.U32();
+        guid.Data2 = static_cast<std::uint16_t>(data2And3 & 0xFFFF);
+        guid.Data3 = static_cast<std::uint16_t>(data2And3 >> 16);
+        if (const char* const bytes = m_Reader.Take(sizeof guid.Data4))
             std::memcpy(guid.Data4, bytes, sizeof guid.Data4);
         return guid;
     }
@@ -158,8 +131,8 @@ public:
     std::string_view Text()
     {
         const std::size_t length = Count(1);
-        const char* const text = Take(length);
-        return text == nullptr ? std::string_view() : std::string_view(text, length);
+        const char* const text = m_Reader.Take(static_cast<std::int64_t>(length));
+        return text ? std::string_view(text, length) : std::string_view();
     }
     /// Lets `object` read its own stream here. It must take at least its total's bytes, so that a count of
     /// nested streams that passed Count never makes more objects than there are bytes for.
@@ -167,45 +140,21 @@ public:
     bool Nested(Object& object)
     {
         int size = 0;
-        m_bOk = m_bOk && object.Deserialize(m_pAt, static_cast<int>(m_nLeft), &size) && size >= 4;
-        return m_bOk && Take(static_cast<std::size_t>(size)) != nullptr;
+        const bool read =
+            Ok() && object.Deserialize(m_Reader.Position(), m_Reader.Left(), &size) && size >= 4;
+        return m_Reader.Take(read ? size : -1) != nullptr;
     }
 
 private:
-    const char* Take(std::size_t count)
-    {
-        m_bOk = m_bOk && count <= m_nLeft;
-        if (!m_bOk)
-            return nullptr;
-        const char* const at = m_pAt;
-        m_pAt += count;
-        m_nLeft -= count;
-        return at;
-    }
-    template <int Size>
-    std::uint32_t Little()
-    {
-        std::uint32_t value = 0;
-        if (const char* const bytes = Take(Size))
-            for (int i = 0; i < Size; ++i)
-                value |= static_cast<std::uint32_t>(static_cast<unsigned char>(bytes[i])) << (8 * i);
-        return value;
-    }
-
-    const char* m_pAt;
-    std::size_t m_nLeft = 0;
-    int m_nTotal = 0;
+    ByteReader m_Reader;
+    int m_nTotal;
     _GUID m_Type = {};
-    bool m_bOk = false;
 };
 
 /// The length that an unbounded read keeps to: the total that the stream at `buffer` declares; 0 for null.
 inline int DeclaredLength(const char* buffer)
 {
-    std::uint32_t length = 0;
-    for (int i = 0; buffer != nullptr && i < 4; ++i)
-        length |= static_cast<std::uint32_t>(static_cast<unsigned char>(buffer[i])) << (8 * i);
-    return static_cast<int>(length);
+    return buffer ? ByteReader::Unbounded(buffer).PeekI32() : 0;
 }
 
 } // namespace kivds::standin

@@ -2,7 +2,7 @@
 // one field routine a format gives both its length and its bytes. It allocates nothing and cannot fail.
 #pragma once
 
-#include "foundation/internal/Blocks.h"
+#include "platform/internal/Blocks.h"
 
 #include <cstdint>
 #include <limits>
