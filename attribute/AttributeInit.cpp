@@ -2,9 +2,9 @@
 // placeholders for what is not kept, and raw binary values.
 #include "attribute/CKivDSDicomAttribute.h"
 #include "attribute/internal/Representation.h"
-#include "platform/internal/Blocks.h"
 #include "foundation/internal/ElementTypes.h"
 #include "foundation/internal/Operation.h"
+#include "platform/internal/Blocks.h"
 
 #include <cstring>
 

@@ -1,9 +1,9 @@
 // The attribute as an object: construction, copying, release, storage of its values, plain accessors.
 #include "attribute/CKivDSDicomAttribute.h"
 #include "attribute/internal/GatheredValues.h"
-#include "platform/internal/Blocks.h"
 #include "foundation/internal/ElementTypes.h"
 #include "foundation/internal/Operation.h"
+#include "platform/internal/Blocks.h"
 
 #include <algorithm>
 

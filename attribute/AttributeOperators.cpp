@@ -7,7 +7,6 @@
 #include <limits>
 #include <new>
 #include <utility>
-#include <vector>
 
 using kivds::GatheredValues;
 using kivds::Operation;
@@ -68,42 +67,24 @@ CKivDSDicomAttribute& CKivDSDicomAttribute::operator+=(const CKivDSDicomAttribut
     return *this;
 }
 
-// The positions of b's values that are to be appended: all of them when b must be replicated, else those that
-// equal none of the values held. b's values are not compared with one another. May throw.
-std::vector<int> CKivDSDicomAttribute::FreshValuesOf(const CKivDSDicomAttribute& b)
-{
-    const bool indexed =
-        m_pGathered && !b.MustReplicate() && m_pGathered->Index(m_pValues, m_nNumberOfValues);
-    const auto isHeld = [&](const SKivAGAttributeValue& value) {
-        if (b.MustReplicate())
-            return false;
-        if (indexed)
-            return m_pGathered->Contains(m_pValues, value);
-        return std::find(m_pValues, m_pValues + m_nNumberOfValues, value) != m_pValues + m_nNumberOfValues;
-    };
-    std::vector<int> fresh;
-    for (int j = 0; j < b.m_nNumberOfValues; ++j) {
-        if (!isHeld(b.m_pValues[j]))
-            fresh.push_back(j);
-    }
-    return fresh;
-}
-
 // Makes room for `total` records, those held included, which stay where they are in the order. Where many
 // values are being gathered the room grows ahead of them, so that gathering n values moves each record a
 // fixed number of times.
-bool CKivDSDicomAttribute::ReserveRecords(int total)
+bool CKivDSDicomAttribute::ReserveRecords(std::int64_t total)
 {
+    constexpr std::int64_t most = std::numeric_limits<int>::max();
+    if (total > most)
+        return false;
     if (m_nNumberOfValues == 0) {
         Clean();
-        return AllocAttributeValue(total);
+        return AllocAttributeValue(static_cast<int>(total));
     }
     if (m_pGathered && total <= m_pGathered->Capacity())
         return true;
     if (!m_pGathered && total >= GatheredValues::kWorthwhile)
         m_pGathered.reset(new (std::nothrow) GatheredValues);
-    const int ahead = m_pGathered ? std::min(total / 2, std::numeric_limits<int>::max() - total) : 0;
-    SKivAGAttributeValue* const larger = GetNewAttributeValueArray(total + ahead);
+    const int room = static_cast<int>(m_pGathered ? std::min(total + total / 2, most) : total);
+    SKivAGAttributeValue* const larger = GetNewAttributeValueArray(room);
     if (!larger)
         return false;
     std::copy_n(m_pValues, m_nNumberOfValues, larger);
@@ -111,37 +92,40 @@ bool CKivDSDicomAttribute::ReserveRecords(int total)
         delete[] m_pValues;
     m_pValues = larger;
     if (m_pGathered)
-        m_pGathered->SetCapacity(total + ahead);
+        m_pGathered->SetCapacity(room);
     return true;
 }
 
+// Appends b's values: all of them when b must be replicated, else those that equal none of the values held
+// before. b's values are not compared with one another.
 void CKivDSDicomAttribute::AppendValues(const CKivDSDicomAttribute& b)
 {
-    const Operation op(L"CKivDSDicomAttribute::operator +=");
-    const wchar_t* const noMemory = b.MustReplicate() ? L"Failed to allocate new array of attribute values"
-                                                      : L"Failed to allocate new attribute value array";
-    std::vector<int> fresh;
-    const bool chosen = op.Guard(noMemory, [&] {
-        fresh = FreshValuesOf(b);
-        return true;
-    });
-    if (!chosen || fresh.empty())
-        return;
+    const bool all = b.MustReplicate();
     const int held = m_nNumberOfValues;
-    const std::int64_t total = std::int64_t{held} + static_cast<std::int64_t>(fresh.size());
-    if (total > std::numeric_limits<int>::max() || !ReserveRecords(static_cast<int>(total)))
-        return op.Report(noMemory);
-    SKivAGAttributeValue* record = m_pValues + held;
-    for (const int j : fresh) {
+    const bool indexed = !all && m_pGathered && m_pGathered->Index(m_pValues, held);
+    const auto isHeld = [&](const SKivAGAttributeValue& value) {
+        return indexed ? m_pGathered->Contains(m_pValues, value)
+                       : std::find(m_pValues, m_pValues + held, value) != m_pValues + held;
+    };
+    int total = held;
+    for (int j = 0; j < b.m_nNumberOfValues; ++j) {
         const SKivAGAttributeValue& value = b.m_pValues[j];
-        if (!CopyAttributeValue(&value, record, held + j) && value.pData) {
-            // Memory ran out: all of b's values or none.
-            for (; record != m_pValues + held; --record)
-                DeleteAttributeValue(record[-1]);
-            std::fill_n(m_pValues + held, fresh.size(), SKivAGAttributeValue{});
+        if (!all && isHeld(value))
+            continue;
+        if (total == held && !ReserveRecords(std::int64_t{held} + b.m_nNumberOfValues - j)) {
+            Operation(L"CKivDSDicomAttribute::operator +=")
+                .Report(all ? L"Failed to allocate new array of attribute values"
+                            : L"Failed to allocate new attribute value array");
             return;
         }
-        ++record;
+        if (!CopyAttributeValue(&value, &m_pValues[total], held + j) && value.pData) {
+            while (total > held) { // memory ran out: all of b's values or none
+                DeleteAttributeValue(m_pValues[--total]);
+                m_pValues[total] = {};
+            }
+            return;
+        }
+        ++total;
     }
-    m_nNumberOfValues = static_cast<int>(total);
+    m_nNumberOfValues = total;
 }

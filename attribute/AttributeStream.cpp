@@ -13,11 +13,11 @@
 // The old form has no total length (version 0); without the versioned flag the multi-frame part is not read.
 #include "attribute/CKivDSDicomAttribute.h"
 #include "attribute/internal/FrameRange.h"
+#include "foundation/internal/ElementTypes.h"
+#include "foundation/internal/Operation.h"
 #include "platform/internal/Blocks.h"
 #include "platform/internal/ByteReader.h"
 #include "platform/internal/ByteWriter.h"
-#include "foundation/internal/ElementTypes.h"
-#include "foundation/internal/Operation.h"
 
 using kivds::ByteReader;
 using kivds::ByteWriter;

@@ -2,9 +2,9 @@
 #include "attribute/CKivDSDicomAttribute.h"
 #include "attribute/internal/NumberText.h"
 #include "attribute/internal/PieceReader.h"
-#include "platform/internal/Blocks.h"
 #include "foundation/internal/ElementTypes.h"
 #include "foundation/internal/Operation.h"
+#include "platform/internal/Blocks.h"
 
 #include <limits>
 #include <vector>

@@ -8,10 +8,10 @@
 
 #include "attribute/internal/AttributeTypes.h"
 #include "attribute/internal/Representation.h"
+#include "foundation/internal/Operation.h"
 #include "platform/internal/Blocks.h"
 #include "platform/internal/ByteReader.h"
 #include "platform/internal/ByteWriter.h"
-#include "foundation/internal/Operation.h"
 
 #include <algorithm>
 #include <cstring>

@@ -11,7 +11,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <vector>
 
 namespace kivds {
 class ByteReader;
@@ -246,8 +245,7 @@ private:
 
     bool FillValues(const SKivAGAttributeValue* values, int count);
     void AppendValues(const CKivDSDicomAttribute& b);
-    std::vector<int> FreshValuesOf(const CKivDSDicomAttribute& b);
-    bool ReserveRecords(int total);
+    bool ReserveRecords(std::int64_t total);
     std::unique_ptr<CKivDSDicomAttribute> NewPlainCopy() const;
     template <class SetFrames>
     bool MakeMultiFrame(SetFrames setFrames);

@@ -6,8 +6,8 @@
 
 #include "foundation/AttributeValue.h"
 
-#include <cstddef>
-#include <unordered_map>
+#include <cstdint>
+#include <vector>
 
 namespace kivds {
 
@@ -25,12 +25,24 @@ public:
     bool Index(const SKivAGAttributeValue* values, int count) noexcept;
     /// Whether a value equal to `value` has been entered; `values` are the records that the index was made
     /// from.
-    bool Contains(const SKivAGAttributeValue* values, const SKivAGAttributeValue& value) const;
+    bool Contains(const SKivAGAttributeValue* values, const SKivAGAttributeValue& value) const noexcept;
 
 private:
+    /// A place of the table: a value's hash and the position of its record; negative: empty.
+    struct SSlot
+    {
+        std::uint32_t m_nHash = 0;
+        int m_nPosition = -1;
+    };
+
+    std::size_t FindSlot(std::uint32_t hash, const SKivAGAttributeValue* values,
+                         const SKivAGAttributeValue& value) const noexcept;
+    void Grow(std::size_t size);
+
     int m_nCapacity = 0;
     int m_nIndexed = 0;
-    std::unordered_multimap<std::size_t, int> m_ByHash; // hash of the contents, position of the record
+    std::vector<SSlot> m_Slots; // a power of two, at most half full; collisions go to the next free slot
+    std::size_t m_nUsed = 0;
 };
 
 } // namespace kivds
