@@ -55,7 +55,8 @@ bool CKivDSDicomAttribute::ConvertPieces(const char* text, int length, int expec
         return op.Fail(L" Bad input parameters ");
     PieceReader pieces = SplitDicomString(TextOf(text, length));
     const int found = expectedCount == 1 ? 1 : pieces.Count();
-    // Without a piece the expected number of values is left, all zero.
+    // Without a piece the expected number of values is left, all zero; otherwise that number, which may be
+    // any, costs nothing.
     if (!Alloc(found > 0 ? found : expectedCount, eAttrInt, format.elements))
         return op.Fail(L" Unable to allocate attribute values ");
     if (expectedCount == 1)
@@ -147,8 +148,8 @@ bool CKivDSDicomAttribute::Convert2DateTime(const char* text, int length)
         elements[6] = IntegerAt(dateTime.substr(0, offset), point + 1, kFractionDigits);
     if (offset != kNone) {
         const int sign = dateTime[offset] == '-' ? -1 : 1;
-        elements[7] = sign * IntegerAt(dateTime, offset + 1, 2);
-        elements[8] = sign * IntegerAt(dateTime, offset + 3, 2);
+        for (std::size_t i = 7, at = offset + 1; i <= 8 && at + 2 <= dateTime.size(); ++i, at += 2)
+            elements[i] = sign * std::max(IntegerAt(dateTime, at, 2), 0); // a second sign is none
     }
     return true;
 }

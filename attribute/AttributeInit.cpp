@@ -6,7 +6,9 @@
 #include "foundation/internal/Operation.h"
 #include "platform/internal/Blocks.h"
 
+#include <algorithm>
 #include <cstring>
+#include <functional>
 
 using kivds::Operation;
 
@@ -37,7 +39,7 @@ bool CKivDSDicomAttribute::InitFromDicomElement(int n, char* element, bool, bool
     m_bMustReplicate = mustReplicate;
     m_bPrivate = false;
     const bool ok = m_ulTag == kPixelData ? MakePixelDataAttribute(m_nRepresentation, data)
-                                          : Dicom2Attribute(m_nRepresentation, length, data, 1);
+                                          : ConvertElement(m_nRepresentation, length, data, 1);
     return ok || op.Fail(L" Unable to initialize the attribute object ");
 }
 
@@ -63,10 +65,35 @@ bool CKivDSDicomAttribute::InitFromDicomData(unsigned long tag, int representati
         m_bPrivate = true;
         return true;
     }
-    const bool ok = Dicom2Attribute(representation, length, data, expectedCount);
+    const bool ok = ConvertElement(representation, length, data, expectedCount);
     for (int i = 0; i < m_nNumberOfValues; ++i)
         m_pValues[i].nInSequenceIndex = inSequenceIndex;
     return ok || op.Fail(L" Unable to initialize the attribute object ");
+}
+
+bool CKivDSDicomAttribute::HoldsBytes(const char* data) const
+{
+    const auto within = [data](const char* first, std::int64_t bytes) {
+        return first && !std::less<>()(data, first) &&
+               std::less<>()(data, first + std::max<std::int64_t>(bytes, 0));
+    };
+    return within(m_InlineData, sizeof m_InlineData) ||
+           std::any_of(m_pValues, m_pValues + m_nNumberOfValues, [&](const SKivAGAttributeValue& value) {
+               return within(value.pData, kivds::ByteSize(value.eType, value.nCount));
+           });
+}
+
+// Hands an element to its conversion. Its bytes may be those of a value of this attribute, which the
+// conversion would release before it reads them: then it reads a copy.
+bool CKivDSDicomAttribute::ConvertElement(int representation, int length, const char* data, int expectedCount)
+{
+    if (!data || length <= 0 || !HoldsBytes(data))
+        return Dicom2Attribute(representation, length, data, expectedCount);
+    const kivds::Block copy = kivds::NewBlock(length);
+    if (!copy)
+        return false;
+    kivds::CopyBytes(copy.get(), data, length);
+    return Dicom2Attribute(representation, length, copy.get(), expectedCount);
 }
 
 bool CKivDSDicomAttribute::InitFromValues(unsigned long tag, int representation, int count,

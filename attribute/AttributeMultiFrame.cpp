@@ -5,6 +5,7 @@
 #include "foundation/internal/Operation.h"
 
 #include <algorithm>
+#include <new>
 
 using kivds::Operation;
 
@@ -21,7 +22,7 @@ bool CKivDSDicomAttribute::MakeMultiFrame(SetFrames setFrames)
     m_pFrameRange = kivds::NewFrameRange().release();
     if (!m_pFrameRange)
         return Operation(L"CKivDSDicomAttribute::SetMultiFrameInfo").Fail(L"Failed to allocate frame range");
-    setFrames(*m_pFrameRange);
+    kivds::Guarded([&] { return setFrames(*m_pFrameRange); }); // what it cannot hold leaves it empty
     m_bPrivate = false;
     m_bMustReplicate = false;
     return true;
@@ -29,12 +30,12 @@ bool CKivDSDicomAttribute::MakeMultiFrame(SetFrames setFrames)
 
 bool CKivDSDicomAttribute::SetMultiFrameInfo(int count, int* frames)
 {
-    return MakeMultiFrame([&](CKivIPPRangeIDC& range) { range.SetFrames(count, frames); });
+    return MakeMultiFrame([=](CKivIPPRangeIDC& range) { return range.SetFrames(count, frames); });
 }
 
 bool CKivDSDicomAttribute::SetMultiFrameInfo(int first, int second)
 {
-    return MakeMultiFrame([&](CKivIPPRangeIDC& range) { range.SetFrames(first, second); });
+    return MakeMultiFrame([=](CKivIPPRangeIDC& range) { return range.SetFrames(first, second); });
 }
 
 bool CKivDSDicomAttribute::ResetMultiFrameInfo()
@@ -55,49 +56,56 @@ CKivIPPRangeIDC* CKivDSDicomAttribute::GetFrameRangeCollection() const
     return clone.release();
 }
 
+// The value of the frame at a position, lent: one value holds an element a frame (or one for all of them),
+// several values are one a frame.
+bool CKivDSDicomAttribute::LendFrameValue(int position, SKivAGAttributeValue& value,
+                                          const Operation& op) const
+{
+    if (m_nNumberOfValues != 1) {
+        const SKivAGAttributeValue* const whole = GetValuePtr(position);
+        if (!whole)
+            return op.Fail(
+                L"Attempt to use invalid value index to access multiframe attribute character value");
+        value = *whole;
+        return true;
+    }
+    value = m_pValues[0];
+    if (value.nCount == 1)
+        return true;
+    if (position < 0 || position >= value.nCount)
+        return op.Fail(
+            L"Attempt to use invalid value index to access multiframe attribute non-character value");
+    value.nCount = 1;
+    value.pData += static_cast<std::ptrdiff_t>(position) * GetElementSize(value.eType);
+    return true;
+}
+
 bool CKivDSDicomAttribute::CreateSingleFrameCopy(int frame, CKivDSDicomAttribute** out) const
 {
     const Operation op(L"CKivDSDicomAttribute::CreateSingleFrameCopy");
     if (!out)
         return op.Fail(L"Failed to create new DICOM attribute object");
-    std::unique_ptr<CKivDSDicomAttribute> copy;
-    if (!IsMultiFrame()) {
-        copy = NewPlainCopy();
-        if (!copy)
-            return op.Fail(L"Failed to create new DICOM attribute object");
-        *out = copy.release();
-        return true;
-    }
     int position = 0;
-    if (!m_pFrameRange->GetPosition(frame, &position)) {
+    if (IsMultiFrame() && !kivds::FindFrame(*m_pFrameRange, frame, position)) {
         *out = nullptr;
         return true;
     }
-    copy.reset(new (std::nothrow) CKivDSDicomAttribute(false, false));
+    std::unique_ptr<CKivDSDicomAttribute> copy =
+        IsMultiFrame() ? std::unique_ptr<CKivDSDicomAttribute>(new (std::nothrow) CKivDSDicomAttribute)
+                       : NewPlainCopy();
     if (!copy)
         return op.Fail(L"Failed to create new DICOM attribute object");
-
-    // One value holds an element a frame (or one element for all of them), several values are one a frame.
-    // The frame's value is lent, not copied: InitFromValues makes the copy.
-    SKivAGAttributeValue value = {};
-    if (m_nNumberOfValues == 1) {
-        value = m_pValues[0];
-        const int elementSize = GetElementSize(value.eType);
-        if (value.nCount != 1) {
-            if (position < 0 || position >= value.nCount)
-                return op.Fail(
-                    L"Attempt to use invalid value index to access multiframe attribute non-character value");
-            value.nCount = 1;
-            value.pData += static_cast<std::ptrdiff_t>(position) * elementSize;
-        }
-    } else {
-        if (position < 0 || position >= m_nNumberOfValues)
-            return op.Fail(
-                L"Attempt to use invalid value index to access multiframe attribute character value");
-        value = m_pValues[position];
+    if (IsMultiFrame()) {
+        SKivAGAttributeValue value = {};
+        char none = 0;
+        if (!LendFrameValue(position, value, op))
+            return false;
+        if (!value.pData && value.nCount == 0 && GetElementSize(value.eType) > 0)
+            value.pData = &none; // an empty value has no block, and is no missing one
+        if (!copy->InitFromValues(m_ulTag, m_nRepresentation, 1, &value, false) ||
+            copy->m_nNumberOfValues != 1)
+            return op.Fail(L"Failed to initialize single frame copy from data values");
     }
-    if (!copy->InitFromValues(m_ulTag, m_nRepresentation, 1, &value, false))
-        return op.Fail(L"Failed to initialize single frame copy from data values");
     *out = copy.release();
     return true;
 }

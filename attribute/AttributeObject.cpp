@@ -1,11 +1,15 @@
 // The attribute as an object: construction, copying, release, storage of its values, plain accessors.
 #include "attribute/CKivDSDicomAttribute.h"
 #include "attribute/internal/GatheredValues.h"
+#include "attribute/internal/WholeCopy.h"
 #include "foundation/internal/ElementTypes.h"
 #include "foundation/internal/Operation.h"
 #include "platform/internal/Blocks.h"
 
 #include <algorithm>
+#include <cstring>
+#include <new>
+#include <utility>
 
 using kivds::Operation;
 
@@ -54,13 +58,14 @@ CKivDSDicomAttribute::~CKivDSDicomAttribute()
     CKivDSDicomAttribute::ResetMultiFrameInfo();
 }
 
-// Copies `count` values into the records that AllocAttributeValue has just provided. A value without data is
-// reported and leaves an empty record; when memory runs out no value is left, rather than some of them.
+// Copies `count` values into the records that AllocAttributeValue has just provided. A value that holds
+// nothing to copy is reported and leaves an empty record; when memory runs out no value is left, rather than
+// some of them.
 bool CKivDSDicomAttribute::FillValues(const SKivAGAttributeValue* values, int count)
 {
     m_nNumberOfValues = count;
     for (int i = 0; i < count; ++i) {
-        if (!CopyAttributeValue(&values[i], &m_pValues[i], i) && values[i].pData) {
+        if (!CopyAttributeValue(&values[i], &m_pValues[i], i) && kivds::HasBytes(values[i])) {
             Clean();
             return false;
         }
@@ -72,9 +77,7 @@ bool CKivDSDicomAttribute::FillValues(const SKivAGAttributeValue* values, int co
 std::unique_ptr<CKivDSDicomAttribute> CKivDSDicomAttribute::NewPlainCopy() const
 {
     std::unique_ptr<CKivDSDicomAttribute> copy(new (std::nothrow) CKivDSDicomAttribute(*this));
-    if (copy && (copy->m_nNumberOfValues != m_nNumberOfValues || copy->IsMultiFrame() != IsMultiFrame()))
-        copy.reset();
-    return copy;
+    return copy && kivds::IsWhole(*copy, *this) ? std::move(copy) : nullptr;
 }
 
 bool CKivDSDicomAttribute::IsPrivate() const
@@ -120,7 +123,7 @@ bool CKivDSDicomAttribute::GetNumberOfValues(int* out) const
 
 const SKivAGAttributeValue* CKivDSDicomAttribute::GetValuePtr(int index) const noexcept
 {
-    return index >= 0 && index < m_nNumberOfValues ? &m_pValues[index] : nullptr;
+    return m_pValues && index >= 0 && index < m_nNumberOfValues ? &m_pValues[index] : nullptr;
 }
 
 bool CKivDSDicomAttribute::GetValue(int i, SKivAGAttributeValue* out) const
@@ -137,7 +140,7 @@ bool CKivDSDicomAttribute::SetValue(int i, SKivAGAttributeValue* in)
         return Operation(L"CKivDSDicomAttribute::SetValue").Fail(L" Bad input / output parameters ");
     SKivAGAttributeValue& value = m_pValues[i];
     if (in == &value)
-        return true;
+        return CopyAttributeValue(in, &value, -1); // onto itself: nothing to release
     SKivAGAttributeValue former = value; // released only after the copy: `in` may refer to the same block
     if (!CopyAttributeValue(in, &value, -1))
         return false;
@@ -164,8 +167,11 @@ void CKivDSDicomAttribute::SetDataElementType(tagEKivAGAttributeType t)
 
 bool CKivDSDicomAttribute::AllocAttributeValue(int n)
 {
-    m_pValues = n > 1 ? GetNewAttributeValueArray(n) : &m_InlineValue;
-    return m_pValues != nullptr;
+    m_pGathered.reset();
+    SKivAGAttributeValue* const records = n > 1 ? GetNewAttributeValueArray(n) : &m_InlineValue;
+    if (records)
+        m_pValues = records;
+    return records != nullptr;
 }
 
 void CKivDSDicomAttribute::AdoptValues(std::unique_ptr<SKivAGAttributeValue[]> values, int count)

@@ -1,6 +1,8 @@
 // Comparison, ordering and accumulation of attributes.
 #include "attribute/CKivDSDicomAttribute.h"
+#include "attribute/internal/FrameRange.h"
 #include "attribute/internal/GatheredValues.h"
+#include "foundation/internal/ElementTypes.h"
 #include "foundation/internal/Operation.h"
 
 #include <algorithm>
@@ -20,7 +22,7 @@ bool operator==(const CKivDSDicomAttribute& a, const CKivDSDicomAttribute& b)
         return false;
     if (!a.IsMultiFrame() || !b.IsMultiFrame())
         return a.IsMultiFrame() == b.IsMultiFrame();
-    return *a.m_pFrameRange == *b.m_pFrameRange;
+    return kivds::SameFrames(*a.m_pFrameRange, *b.m_pFrameRange);
 }
 
 bool operator!=(const CKivDSDicomAttribute& a, const CKivDSDicomAttribute& b)
@@ -102,6 +104,10 @@ void CKivDSDicomAttribute::AppendValues(const CKivDSDicomAttribute& b)
 {
     const bool all = b.MustReplicate();
     const int held = m_nNumberOfValues;
+    // An index also pays where many values meet many, once.
+    constexpr std::int64_t manyPairs = GatheredValues::kWorthwhile * GatheredValues::kWorthwhile;
+    if (!all && !m_pGathered && std::int64_t{held} * b.m_nNumberOfValues >= manyPairs)
+        m_pGathered.reset(new (std::nothrow) GatheredValues);
     const bool indexed = !all && m_pGathered && m_pGathered->Index(m_pValues, held);
     const auto isHeld = [&](const SKivAGAttributeValue& value) {
         return indexed ? m_pGathered->Contains(m_pValues, value)
@@ -118,11 +124,13 @@ void CKivDSDicomAttribute::AppendValues(const CKivDSDicomAttribute& b)
                             : L"Failed to allocate new attribute value array");
             return;
         }
-        if (!CopyAttributeValue(&value, &m_pValues[total], held + j) && value.pData) {
+        if (!CopyAttributeValue(&value, &m_pValues[total], held + j) && kivds::HasBytes(value)) {
             while (total > held) { // memory ran out: all of b's values or none
                 DeleteAttributeValue(m_pValues[--total]);
                 m_pValues[total] = {};
             }
+            if (held == 0)
+                Clean();
             return;
         }
         ++total;

@@ -118,7 +118,7 @@ void CKivDSDicomAttribute::GetValueAsString(int index, int bufferSize, unsigned 
             if (value->eType == eAttrChar)
                 RenderCharacters(window, value->pData, count, m_nRepresentation);
             else
-                window.Append("N/A ");
+                window.Append(std::string_view("N/A ").substr(0, static_cast<std::size_t>(bufferSize - 1)));
         });
     text[window.Used()] = '\0';
     text[bufferSize - 1] = '\0';
@@ -145,6 +145,8 @@ bool CKivDSDicomAttribute::DumpValuesInfo()
 {
     if (!m_pValues)
         return false;
+    if (!kivds::DumpIsHeard())
+        return true;
     return Operation(L"CKivDSDicomAttribute::DumpValuesInfo").Guard(kivds::kUnexpectedError, [&] {
         std::string line = TypeName(m_pValues[0].eType);
         line += "/ " + std::to_string(m_nNumberOfValues) + ' ';

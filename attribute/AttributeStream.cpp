@@ -19,6 +19,8 @@
 #include "platform/internal/ByteReader.h"
 #include "platform/internal/ByteWriter.h"
 
+#include <limits>
+
 using kivds::ByteReader;
 using kivds::ByteWriter;
 using kivds::Operation;
@@ -48,13 +50,14 @@ int CKivDSDicomAttribute::GetSize(const SKivAGAttributeValue& value) const
 
 bool CKivDSDicomAttribute::Serialize(const SKivAGAttributeValue& value, char* buffer, int& size) const
 {
-    size = buffer ? size : GetSize(value);
-    if (!buffer)
+    if (!buffer) {
+        size = GetSize(value);
         return true;
+    }
     ByteWriter writer(buffer);
     writer.I32(value.eType);
     writer.I32(value.nCount);
-    if (!value.pData)
+    if (!value.pData || value.nCount < 0)
         return Operation(L"CKivDSDicomAttribute::Serialize")
             .Fail(L"Attempt to serialize attribute value with null data pointer");
     writer.Elements(value.pData, value.nCount, kivds::ElementSize(value.eType));
@@ -76,12 +79,13 @@ bool CKivDSDicomAttribute::WriteFields(ByteWriter& writer, int total, const Oper
         int length = 0;
         if (!Serialize(m_pValues[i], writer.Position(), length))
             return op.Fail(L" Unable to serialize the attribute value ");
-        writer.Advance(length);
+        // A value that is too long to have a length leaves none to the stream.
+        writer.Advance(length > 0 ? length : std::int64_t{std::numeric_limits<int>::max()} + 1);
     }
     writer.U8(IsMultiFrame());
     if (IsMultiFrame()) {
         int length = 0;
-        if (!m_pFrameRange->Serialize(writer.Position(), &length) && writer.Counting())
+        if (!kivds::WriteFrameRange(*m_pFrameRange, writer.Position(), length) && writer.Counting())
             return op.Fail(L"Failed to obtain serialization size of frame range collection");
         writer.Advance(length);
     }
@@ -210,7 +214,7 @@ bool CKivDSDicomAttribute::ReadFields(ByteReader& reader, bool versioned, const 
     if (!range)
         return op.Fail(L"Failed to allocate new frame range collection");
     int length = 0;
-    if (!range->Deserialize(reader.Position(), reader.Left(), &length) || !reader.Take(length))
+    if (!kivds::ReadFrameRange(*range, reader.Position(), reader.Left(), length) || !reader.Take(length))
         return op.Fail(L" Bad input parameters ");
     m_pFrameRange = range.release();
     return true;

@@ -15,7 +15,8 @@
 
 #include <algorithm>
 #include <cstring>
-#include <string_view>
+#include <memory>
+#include <utility>
 
 using kivds::ByteReader;
 using kivds::ByteWriter;
@@ -130,6 +131,8 @@ CKivDSCodeSequenceAttribute& CKivDSCodeSequenceAttribute::operator=(const CKivDS
 
 void CKivDSCodeSequenceAttribute::CopyLocal(const CKivDSCodeSequenceAttribute& other)
 {
+    if (this == &other) // a vector is not inserted into itself
+        return CopyLocal(CKivDSCodeSequenceAttribute(other));
     m_Codes.insert(m_Codes.end(), other.m_Codes.begin(), other.m_Codes.end());
 }
 
@@ -157,10 +160,10 @@ void CKivDSCodeSequenceAttribute::ConvertCodeSequenceInfoToValue(const Info& inf
 void CKivDSCodeSequenceAttribute::ConvertSynonymToValue(const char* text, int index,
                                                         SKivAGAttributeValue& value) const
 {
-    const std::size_t bytes = std::strlen(text) + 1;
+    const std::size_t bytes = text ? std::strlen(text) + 1 : 1;
     kivds::Block block = kivds::NewBlock(static_cast<std::int64_t>(bytes));
     if (block)
-        std::memcpy(block.get(), text, bytes);
+        std::memcpy(block.get(), text ? text : "", bytes);
     value = {block ? static_cast<int>(bytes) : 0, eAttrChar, index, block.release()};
 }
 
@@ -178,7 +181,6 @@ bool CKivDSCodeSequenceAttribute::operator!=(const CKivDSCodeSequenceAttribute& 
 CKivDSCodeSequenceAttribute& CKivDSCodeSequenceAttribute::operator+=(const CKivDSCodeSequenceAttribute& other)
 {
     const Operation op(L"CKivDSCodeSequenceAttribute::operator +=");
-    const wchar_t* const noMemory = L"Failed to allocate new attribute value array";
     if (this == &other)
         return *this;
     if (m_ulTag != other.m_ulTag) {
@@ -189,25 +191,45 @@ CKivDSCodeSequenceAttribute& CKivDSCodeSequenceAttribute::operator+=(const CKivD
         CopyLocal(other);
         return true;
     });
+    if (appended)
+        RemakeValues(op);
+    return *this;
+}
+
+// Makes the values anew from all records. Where many attributes are merged into one, most values are what
+// they were before: these keep their blocks.
+void CKivDSCodeSequenceAttribute::RemakeValues(const Operation& op)
+{
+    const wchar_t* const noMemory = L"Failed to allocate new attribute value array";
+    if (m_Codes.empty())
+        return Clean();
     const int count = GetNumberOfCodes();
-    if (!appended || count == 0)
-        return *this;
-    std::unique_ptr<SKivAGAttributeValue[]> values(GetNewAttributeValueArray(count));
-    if (!values) {
-        op.Report(noMemory);
-        return *this;
+    std::unique_ptr<SKivAGAttributeValue[]> made(GetNewAttributeValueArray(count));
+    SKivAGAttributeValue* const values = made.get();
+    if (!values)
+        return op.Report(noMemory);
+    const auto keeps = [&](int i) {
+        const SKivAGAttributeValue* const held = GetValuePtr(i);
+        const char* const text = GetCodePtr(i)->szCodeMeaning;
+        const std::size_t bytes = std::strlen(text) + 1;
+        return held && held->eType == eAttrChar && held->nInSequenceIndex == i &&
+               !IsPreallocatedData(held->pData) && held->nCount == static_cast<int>(bytes) &&
+               std::memcmp(held->pData, text, bytes) == 0;
+    };
+    for (int i = 0; i < count; ++i) {
+        if (keeps(i))
+            continue;
+        ConvertCodeSequenceInfoToValue(*GetCodePtr(i), i, values[i]);
+        if (!values[i].pData) {
+            std::for_each(values, values + i, FreeAttributeValue);
+            return op.Report(noMemory);
+        }
     }
     for (int i = 0; i < count; ++i) {
-        ConvertCodeSequenceInfoToValue(m_Codes[static_cast<std::size_t>(i)], i,
-                                       values[static_cast<std::size_t>(i)]);
-        if (values[static_cast<std::size_t>(i)].pData)
-            continue;
-        std::for_each(values.get(), values.get() + i, FreeAttributeValue);
-        op.Report(noMemory);
-        return *this;
+        if (!values[i].pData)
+            std::swap(values[i], m_pValues[i]);
     }
-    AdoptValues(std::move(values), count);
-    return *this;
+    AdoptValues(std::move(made), count);
 }
 
 int CKivDSCodeSequenceAttribute::GetSizeOfSerializedCodeSequenceAttribute() const
@@ -228,23 +250,36 @@ bool CKivDSCodeSequenceAttribute::Serialize(char* buffer, int& size) const
         size = expected;
         return true;
     }
+    constexpr const wchar_t* inconsistent = L"Inconsistent serialization procedure: number of bytes written "
+                                            L"to buffer does not equal expected serialization "
+                                            L"size";
     ByteWriter writer(buffer);
     int length = 0;
-    if (expected > 0) // else the caller's buffer has no size to speak of; the base then refuses to write, too
+    // Without a length the caller's buffer has no size to speak of, and nothing is written. Where the base
+    // has none it says so itself.
+    if (expected == 0 && GetSize() > 0) {
+        size = 0;
+        return op.Fail(inconsistent);
+    }
+    if (expected > 0)
         writer.I32(expected);
     if (!CKivDSDicomAttribute::Serialize(writer.Position(), length))
         return op.Fail(L"Failed to serialize base class attribute data");
     writer.Advance(length);
     WriteRecords(writer, m_Codes);
     size = writer.Written() == expected ? expected : 0;
-    return size > 0 ||
-           op.Fail(L"Inconsistent serialization procedure: number of bytes written to buffer does not equal "
-                   L"expected serialization size");
+    return size > 0 || op.Fail(inconsistent);
 }
 
 bool CKivDSCodeSequenceAttribute::Deserialize(const char* buffer, int& size, bool versioned, int version)
 {
     return CKivDSDicomAttribute::Deserialize(buffer, size, versioned, version);
+}
+
+bool CKivDSCodeSequenceAttribute::Deserialize(const char* buffer, int length, int& size, bool versioned,
+                                              int version)
+{
+    return CKivDSDicomAttribute::Deserialize(buffer, length, size, versioned, version);
 }
 
 bool CKivDSCodeSequenceAttribute::ReadStream(ByteReader& reader, int& size, bool versioned, int version)

@@ -37,7 +37,8 @@ public:
     ~CKivDSCodeSequenceAttribute() override;
     CKivDSCodeSequenceAttribute& operator=(const CKivDSCodeSequenceAttribute& src);
 
-    /// Equality of the record lists, in order: code value, coding scheme designator and version, 32
+    /// The comparisons stand on objects that are not const; const ones compare by their values, as the base
+    /// does. Equality of the record lists, in order: code value, coding scheme designator and version, 32
     /// characters each.
     bool operator==(const CKivDSCodeSequenceAttribute& other);
     bool operator!=(const CKivDSCodeSequenceAttribute& other);
@@ -47,8 +48,6 @@ public:
     /// records are appended, the old values stay).
     CKivDSCodeSequenceAttribute& operator+=(const CKivDSCodeSequenceAttribute& other);
 
-    using CKivDSDicomAttribute::Deserialize;
-    using CKivDSDicomAttribute::Serialize;
     /// The code sequence stream (docs/streams.md), otherwise as the base's. "Failed to serialize base class
     /// attribute data", "Inconsistent serialization procedure: number of bytes written to buffer does not
     /// equal expected serialization size" (`size` becomes 0).
@@ -57,6 +56,8 @@ public:
     /// from deserialization buffer does not equal expected number of bytes read" (`size` becomes 0; also for
     /// a text that does not fit its field). The records read before a failure stay.
     bool Deserialize(const char* buffer, int& size, bool versioned, int version) override;
+    /// The bounded read, as the base's.
+    bool Deserialize(const char* buffer, int length, int& size, bool versioned, int version);
 
     /// The number of records, and one of them, lent until the records change; null, without a report, out of
     /// range.
@@ -64,6 +65,8 @@ public:
     const tagSKivDSCodeSequenceAttributeInfo* GetCodePtr(int index) const noexcept;
 
 protected:
+    using CKivDSDicomAttribute::Deserialize;
+    using CKivDSDicomAttribute::Serialize;
     /// Bytes of the stream; 0 when an int cannot hold the length.
     int GetSizeOfSerializedCodeSequenceAttribute() const;
     /// Appends copies of the other's records.
@@ -79,5 +82,7 @@ protected:
     bool ReadStream(kivds::ByteReader& reader, int& size, bool versioned, int version) override;
 
 private:
+    void RemakeValues(const kivds::Operation& op);
+
     std::vector<tagSKivDSCodeSequenceAttributeInfo> m_Codes;
 };

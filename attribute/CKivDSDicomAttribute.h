@@ -249,6 +249,9 @@ private:
     std::unique_ptr<CKivDSDicomAttribute> NewPlainCopy() const;
     template <class SetFrames>
     bool MakeMultiFrame(SetFrames setFrames);
+    bool LendFrameValue(int position, SKivAGAttributeValue& value, const kivds::Operation& op) const;
+    bool HoldsBytes(const char* data) const;
+    bool ConvertElement(int representation, int length, const char* data, int expectedCount);
     bool SetText(SKivAGAttributeValue& value, const char* text, std::size_t length);
     bool SplitIntoValues(const kivds::Operation& op, const char* text, int length, const char* separators,
                          int separatorCount, const wchar_t* noMemory);

@@ -2,8 +2,10 @@
 
 #include "attribute/CKivDSCodeSequenceAttribute.h"
 #include "attribute/internal/AttributeTypes.h"
+#include "attribute/internal/WholeCopy.h"
 #include "foundation/internal/Operation.h"
 
+#include <memory>
 #include <new>
 
 using kivds::Operation;
@@ -11,6 +13,13 @@ using kivds::Operation;
 CKivDSDicomAttributeFactory g_DicomAttributeFactory;
 
 namespace {
+
+template <class Attribute>
+CKivDSDicomAttribute* NewCopy(const Attribute& src)
+{
+    std::unique_ptr<Attribute> copy(new (std::nothrow) Attribute(src));
+    return copy && kivds::IsWhole(*copy, src) ? copy.release() : nullptr;
+}
 
 constexpr Operation kCreate(L"CKivDSDicomAttributeFactory::CreateDicomAttribute");
 
@@ -20,12 +29,12 @@ CKivDSDicomAttribute* CKivDSDicomAttributeFactory::CreateDicomAttribute(const CK
 {
     const int type = src.GetType();
     if (type == kivds::kPlainAttribute)
-        return new (std::nothrow) CKivDSDicomAttribute(src);
+        return NewCopy(src);
     const auto* codes = type == kivds::kCodeSequenceAttribute
                             ? dynamic_cast<const CKivDSCodeSequenceAttribute*>(&src)
                             : nullptr;
     if (codes)
-        return new (std::nothrow) CKivDSCodeSequenceAttribute(*codes);
+        return NewCopy(*codes);
     kCreate.Report(L"Unknown DICOM attribute type");
     return nullptr;
 }

@@ -3,7 +3,7 @@
 // CollectionScope.cpp, its per-frame constructor in CollectionFrames.cpp.
 #include "collection/CKivDSBaseDicomAttributeCollection.h"
 
-#include "attribute/CKivDSDicomAttributeFactory.h"
+#include "collection/internal/AttributeCopy.h"
 #include "collection/internal/FrameCount.h"
 #include "foundation/internal/Operation.h"
 
@@ -26,8 +26,8 @@ CKivDSBaseDicomAttributeCollection::CKivDSBaseDicomAttributeCollection(
     const CKivDSBaseDicomAttributeCollection& src)
     : CKivDSDicomAttributeCollection(false)
 {
-    Operation(L"CKivDSBaseDicomAttributeCollection::CKivDSBaseDicomAttributeCollection")
-        .Guard(kivds::kUnexpectedError, [&] { CopyFrom(src); });
+    const Operation op(L"CKivDSBaseDicomAttributeCollection::CKivDSBaseDicomAttributeCollection");
+    op.Guard(kivds::kUnexpectedError, [&] { CopyFrom(src, op); });
 }
 
 CKivDSBaseDicomAttributeCollection&
@@ -36,9 +36,8 @@ CKivDSBaseDicomAttributeCollection::operator=(const CKivDSBaseDicomAttributeColl
     if (this == &b)
         return *this;
     Clean();
-    Operation(L"CKivDSBaseDicomAttributeCollection::operator =").Guard(kivds::kUnexpectedError, [&] {
-        CopyFrom(b);
-    });
+    const Operation op(L"CKivDSBaseDicomAttributeCollection::operator =");
+    op.Guard(kivds::kUnexpectedError, [&] { CopyFrom(b, op); });
     return *this;
 }
 
@@ -48,13 +47,14 @@ CKivDSBaseDicomAttributeCollection::~CKivDSBaseDicomAttributeCollection()
 }
 
 // Fills this empty part with copies. May throw; what was copied before stays.
-void CKivDSBaseDicomAttributeCollection::CopyFrom(const CKivDSBaseDicomAttributeCollection& src)
+void CKivDSBaseDicomAttributeCollection::CopyFrom(const CKivDSBaseDicomAttributeCollection& src,
+                                                  const Operation& op)
 {
     m_bMultiFrame = src.m_bMultiFrame;
     for (const auto& [tag, attribute] : src.m_Attributes) {
         CKivDSDicomAttribute*& entry = m_Attributes.emplace_hint(m_Attributes.end(), tag, nullptr)->second;
         if (attribute)
-            entry = g_DicomAttributeFactory.CreateDicomAttribute(*attribute);
+            entry = kivds::CopyOf(*attribute, op).release();
     }
     SetScope(src.m_pScope, true);
 }

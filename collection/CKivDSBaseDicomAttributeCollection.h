@@ -22,7 +22,8 @@ public:
 
     // Replaced operations of the facade.
 
-    /// Whether a multi-frame attribute was ever added.
+    /// Whether a multi-frame attribute was added, here or where the content was copied from; removals do not
+    /// change it.
     bool IsMultiFrame() const override;
     bool IsCompoundCollection() const override;
     using CKivDSDicomAttributeCollection::Deserialize;
@@ -95,8 +96,9 @@ private:
     using Map = std::map<unsigned long, CKivDSDicomAttribute*>;
 
     bool Clean();
-    void CopyFrom(const CKivDSBaseDicomAttributeCollection& src);
-    void StoreCopy(Map::iterator hint, unsigned long tag, const CKivDSDicomAttribute& attribute);
+    void CopyFrom(const CKivDSBaseDicomAttributeCollection& src, const kivds::Operation& op);
+    void StoreCopy(Map::iterator hint, unsigned long tag, const CKivDSDicomAttribute& attribute,
+                   const kivds::Operation& op);
     Map::iterator PlaceFor(unsigned long tag);
     void Erase(Map::iterator entry);
     template <class Condition>

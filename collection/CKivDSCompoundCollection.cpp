@@ -67,6 +67,8 @@ bool CKivDSCompoundCollection::AddCollection(CKivDSDicomAttributeCollection* col
         return op.Fail(L"Null input pointer parameter");
     if (collection->IsCompoundCollection())
         return op.Fail(L"Using a compound collection inside a compound collection");
+    if (PartAccess::Reaches(*collection, *this))
+        return op.Fail(L"Operation not supported on compound collections ");
     return op.Guard(kivds::kUnexpectedError, [&] {
         std::unique_ptr<Facade> member(CreateCollection(collection, deep));
         if (!member)
@@ -200,8 +202,7 @@ bool CKivDSCompoundCollection::SetScope(CKivIPPScopeC* scope, bool copy)
                                L"Unsupported scope type", kNotInitialized);
 }
 
-// ------------------------------------------------------------------------------------- the facade's side:
-// flattening
+// ---- flattening
 
 bool Facade::AddCompoundCollection(const Facade* src)
 {
@@ -224,13 +225,14 @@ bool Facade::AddCompoundCollection(const Facade* src)
             else if (member)
                 part = PartAccess::Share(PartAccess::Copy(member).release());
         };
+        Facade& target = Regular();
         for (int i = 0; i < count; ++i) {
             const std::unique_ptr<Facade> member(compound->GetCollection(i, false));
             if (!member)
                 return false;
             const Facade& parts = std::as_const(*member).Regular();
-            add(m_pSingleFrameCollection, parts.m_pSingleFrameCollection);
-            add(m_pMultiFrameCollection, parts.m_pMultiFrameCollection);
+            add(target.m_pSingleFrameCollection, parts.m_pSingleFrameCollection);
+            add(target.m_pMultiFrameCollection, parts.m_pMultiFrameCollection);
         }
         return true;
     });

@@ -66,6 +66,7 @@ protected:
 
 private:
     friend class CKivDSCompoundCollectionIterator;
+    friend struct kivds::PartAccess;
 
     void CopyMembers(const CKivDSCompoundCollection& src, bool deep);
     template <class Attribute, class Ask>

@@ -14,15 +14,14 @@ CKivDSCompoundCollectionIterator::~CKivDSCompoundCollectionIterator() = default;
 
 // The first attribute of the member at `index` or of the next one that has any; null, and no current member,
 // when none has.
-CKivDSDicomAttribute* CKivDSCompoundCollectionIterator::FirstFromMember(int index)
+CKivDSDicomAttribute* CKivDSCompoundCollectionIterator::FirstFromMember(int index, const kivds::Operation& op)
 {
     for (m_nCurrent = index; m_nCurrent < static_cast<int>(m_pMembers->size()); ++m_nCurrent) {
         CKivDSDicomAttributeCollection& member = *(*m_pMembers)[static_cast<std::size_t>(m_nCurrent)];
         m_pCurrent.reset(new (std::nothrow)
                              CKivDSDicomAttributeCollectionIterator(member, m_bWalkSingle, m_bWalkMulti));
         if (!m_pCurrent) {
-            kivds::Operation(L"CKivDSCompoundCollectionIterator::GetNextAttribute")
-                .Report(kivds::kUnexpectedError);
+            op.Report(kivds::kUnexpectedError);
             break;
         }
         if (CKivDSDicomAttribute* const first = m_pCurrent->GetFirstAttribute())
@@ -35,7 +34,7 @@ CKivDSDicomAttribute* CKivDSCompoundCollectionIterator::FirstFromMember(int inde
 
 CKivDSDicomAttribute* CKivDSCompoundCollectionIterator::GetFirstAttribute()
 {
-    return FirstFromMember(0);
+    return FirstFromMember(0, kivds::Operation(L"CKivDSCompoundCollectionIterator::GetFirstAttribute"));
 }
 
 CKivDSDicomAttribute* CKivDSCompoundCollectionIterator::GetNextAttribute()
@@ -43,5 +42,8 @@ CKivDSDicomAttribute* CKivDSCompoundCollectionIterator::GetNextAttribute()
     if (!m_pCurrent)
         return nullptr;
     CKivDSDicomAttribute* const next = m_pCurrent->GetNextAttribute();
-    return next ? next : FirstFromMember(m_nCurrent + 1);
+    if (next)
+        return next;
+    return FirstFromMember(m_nCurrent + 1,
+                           kivds::Operation(L"CKivDSCompoundCollectionIterator::GetNextAttribute"));
 }

@@ -22,7 +22,7 @@ public:
     CKivDSDicomAttribute* GetNextAttribute() override;
 
 private:
-    CKivDSDicomAttribute* FirstFromMember(int index);
+    CKivDSDicomAttribute* FirstFromMember(int index, const kivds::Operation& op);
 
     std::vector<CKivDSDicomAttributeCollection*>* m_pMembers;
     std::unique_ptr<CKivDSDicomAttributeCollectionIterator> m_pCurrent;

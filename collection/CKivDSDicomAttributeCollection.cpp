@@ -15,6 +15,14 @@ namespace {
 
 constexpr const wchar_t* kConstructor = L"CKivDSDicomAttributeCollection::CKivDSDicomAttributeCollection";
 
+/// Whether a part holds this very object.
+bool Holds(const Part* part, const CKivDSDicomAttribute& attribute)
+{
+    unsigned long tag = 0;
+    const CKivDSDicomAttribute* held = nullptr;
+    return part && attribute.GetTag(&tag) && part->GetAttribute(tag, &held) && held == &attribute;
+}
+
 } // namespace
 
 CKivDSDicomAttributeCollection::CKivDSDicomAttributeCollection(bool withSingleFramePart)
@@ -153,7 +161,12 @@ bool CKivDSDicomAttributeCollection::AddAttribute(CKivDSDicomAttribute* attr, bo
         return m_pEnhancedMFCollection->AddAttribute(attr, merge);
     if (!IsGood())
         return false;
-    if (!attr || !attr->IsMultiFrame())
+    const bool multiFrame = attr && attr->IsMultiFrame();
+    // An attribute that is held became, or ceased to be, multi-frame since it was added: it stays where it
+    // is.
+    if (attr && Holds(multiFrame ? m_pSingleFrameCollection : m_pMultiFrameCollection, *attr))
+        return true;
+    if (!multiFrame)
         return m_pSingleFrameCollection->AddAttribute(attr, merge);
     if (!m_pMultiFrameCollection)
         m_pMultiFrameCollection = CreateCollection();

@@ -11,6 +11,7 @@
 #include "platform/Export.h"
 #include "platform/Synchronization.h"
 
+#include <cstdint>
 #include <map>
 
 class CKivDSBaseDicomAttributeCollection;
@@ -36,7 +37,8 @@ enum tagEKivDSNotification : int
 /// that make no sense on a compound collection report "Operation not supported on compound collections ". No
 /// exception leaves an operation.
 ///
-/// `deep`: true copies parts, false shares them.
+/// `deep`: true copies parts, false shares them. Even a deep copy of an enhanced multi-frame facade shares
+/// the parts of its regular collection and of its frames.
 class KIVDS_API CKivDSDicomAttributeCollection : public CKivDSBase
 {
 public:
@@ -89,8 +91,8 @@ public:
     virtual CKivIPPScopeC* GetScopeAsCollection() const;
     /// Replaces the scope; null removes it. With `copy` true the collection keeps a copy, with false it takes
     /// the scope over. Only scope elements are kept: " Unsupported scope type" (no scope is left, `scope`
-    /// stays the caller's). "Failed to set scope of compound collection" for compound and enhanced
-    /// multi-frame collections.
+    /// stays the caller's). " Unable to initialize the scope object " when it cannot be copied. "Failed to
+    /// set scope of compound collection" for compound and enhanced multi-frame collections.
     virtual bool SetScope(CKivIPPScopeC* scope, bool copy);
     /// A += B: union; at a tag in both, A's attribute accumulates B's when B's must be replicated or the two
     /// differ.
@@ -140,8 +142,8 @@ public:
     /// when it cannot be read.
     virtual bool GetNumberOfFrames(int* frames);
     /// Merges the single-frame attributes of `src` into this facade. With `deep` false this facade's part
-    /// takes them in, in place; with true a copy of `src`'s part takes this facade's in, keeps its scope and
-    /// replaces it.
+    /// takes them in, in place; with true it is replaced by a copy of `src`'s part that takes its attributes
+    /// in and keeps its scope. "Operation not supported on enhanced MF collections ".
     virtual bool UpdateSingleFrameCollection(const CKivDSDicomAttributeCollection& src, bool deep);
     /// Sends every attribute's lines to the dump listener, part by part, in tag order.
     virtual void Dump() const;
@@ -156,7 +158,7 @@ public:
 
     /// The bounded read, for bytes from elsewhere: as Deserialize above, but it reads no byte at or past
     /// `buffer + length`, allocates no more than a small multiple of `length`, and refuses malformed input.
-    /// It reads what the object's own class reads.
+    /// It reads what the object's own class reads; `size` receives the bytes read.
     bool Deserialize(const char* buffer, int length, int& size, bool versioned);
     /// Whether a tag is held. With `searchSingle` true the single-frame part alone is asked, else, with
     /// `searchMulti` true, the multi-frame part.
@@ -178,8 +180,10 @@ public:
     /// collection", "Failed to set scope on flattened collection".
     static CKivDSDicomAttributeCollection*
     ConvertCompoundToFlatCollection(const CKivDSDicomAttributeCollection& src);
-    /// Copies B's attributes into A's parts, in place; a compound B is flattened, an enhanced multi-frame B
-    /// is copied beside A's parts. Not onto a compound or an enhanced multi-frame facade.
+    /// Copies B's attributes into A's parts, in place, so that facades that share them see the change; a
+    /// multi-frame part that B lacks stays. A compound B is flattened, an enhanced multi-frame B is copied
+    /// beside A's parts. Not onto a compound facade, nor onto an enhanced multi-frame one: "Operation not
+    /// supported on enhanced MF collections ".
     CKivDSDicomAttributeCollection& operator=(const CKivDSDicomAttributeCollection& b);
 
     /// The version that the collection stream begins with.
@@ -215,6 +219,7 @@ private:
     // Implemented beside the operations that use them.
     CKivDSDicomAttributeCollection* Inner() const;
     CKivDSDicomAttributeCollection* ScopeHolder() const;
+    CKivDSCompoundCollection* Members() const;
     template <class Attribute, class Ask>
     bool FindAttribute(Attribute** out, bool searchSingle, bool searchMulti, Ask ask) const;
     bool RefuseCompound(const kivds::Operation& op) const;
@@ -237,6 +242,7 @@ private:
     void AssignParts(const CKivDSDicomAttributeCollection& b);
     template <class Use>
     static void ForEachMember(const CKivDSDicomAttributeCollection& b, const kivds::Operation& op, Use use);
+    const CKivDSBaseDicomAttributeCollection* PartWithoutLength(std::int64_t& sum) const;
     bool ReadFacade(kivds::ByteReader& reader, int& size, bool versioned);
 };
 

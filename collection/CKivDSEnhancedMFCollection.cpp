@@ -8,11 +8,12 @@
 
 #include "collection/internal/FrameCount.h"
 #include "collection/internal/PartSharing.h"
+#include "foundation/internal/Operation.h"
 #include "platform/internal/ByteReader.h"
 #include "platform/internal/ByteWriter.h"
-#include "foundation/internal/Operation.h"
 
 #include <algorithm>
+#include <utility>
 
 using kivds::ByteReader;
 using kivds::ByteWriter;
@@ -20,23 +21,31 @@ using kivds::Operation;
 using kivds::PartAccess;
 using Facade = CKivDSDicomAttributeCollection;
 
+namespace {
+
+constexpr int kFacadeFrame = 6; // what a facade's stream puts around this one
+constexpr std::int64_t kMostMemoryPerByte = 16;
+constexpr std::int64_t kMemoryAllowance = 64 * 1024;
+
+} // namespace
+
 CKivDSEnhancedMFCollection::CKivDSEnhancedMFCollection() : CKivDSDicomAttributeCollection(false) {}
 
 CKivDSEnhancedMFCollection::CKivDSEnhancedMFCollection(const CKivDSEnhancedMFCollection& src, bool deep)
     : CKivDSDicomAttributeCollection(src, deep)
 {
-    for (const Facade* const frame : src.m_MFCollections)
-        AppendFrame(*frame, deep);
+    CopyFrames(src, deep, Operation(L"CKivDSEnhancedMFCollection::CKivDSEnhancedMFCollection"),
+               kivds::kUnexpectedError);
 }
 
 CKivDSEnhancedMFCollection& CKivDSEnhancedMFCollection::operator=(const CKivDSEnhancedMFCollection& src)
 {
     if (this == &src)
         return *this;
-    Clear();
-    CKivDSDicomAttributeCollection::AddCollection(src, true);
-    for (const Facade* const frame : src.m_MFCollections)
-        AppendFrame(*frame, true);
+    CKivDSEnhancedMFCollection copy(src, true); // first: `src` may live in what goes
+    std::swap(m_pSingleFrameCollection, copy.m_pSingleFrameCollection);
+    std::swap(m_pMultiFrameCollection, copy.m_pMultiFrameCollection);
+    m_MFCollections.swap(copy.m_MFCollections);
     return *this;
 }
 
@@ -58,10 +67,11 @@ std::vector<CKivDSDicomAttributeCollection*>& CKivDSEnhancedMFCollection::GetCol
     return m_MFCollections;
 }
 
-bool CKivDSEnhancedMFCollection::AppendFrame(const Facade& frame, bool deep)
+// Appends a frame made from a collection; a failure is reported in the words given.
+bool CKivDSEnhancedMFCollection::AppendFrame(const Facade& frame, bool deep, const Operation& op,
+                                             const wchar_t* noMemory)
 {
-    const Operation op(L"CKivDSEnhancedMFCollection::AddMFCollection");
-    return op.Guard(kivds::kUnexpectedError, [&] {
+    return op.Guard(noMemory, [&] {
         auto copy = std::make_unique<Facade>(frame, deep);
         m_MFCollections.push_back(copy.get());
         (void)copy.release(); // a frame now
@@ -74,16 +84,31 @@ bool CKivDSEnhancedMFCollection::AddCollection(CKivDSDicomAttributeCollection* c
     if (!collection)
         return Operation(L"CKivDSEnhancedMFCollection::AddCollection")
             .Fail(L"Null collection pointer as input parameter");
-    // An enhanced multi-frame facade stands for its regular collection, so that none is nested in itself.
-    return CKivDSDicomAttributeCollection::AddCollection(PartAccess::Regular(*collection), deep);
+    // The regular collection has parts and nothing else, so that no collection comes to hold itself.
+    const bool added = CKivDSDicomAttributeCollection::AddCollection(PartAccess::Regular(*collection), deep);
+    PartAccess::Release(m_pCompoundCollection);
+    PartAccess::Release(m_pEnhancedMFCollection);
+    return added;
 }
 
 bool CKivDSEnhancedMFCollection::AddMFCollection(CKivDSDicomAttributeCollection* collection, bool deep)
 {
+    const Operation op(L"CKivDSEnhancedMFCollection::AddMFCollection");
     if (!collection)
-        return Operation(L"CKivDSEnhancedMFCollection::AddMFCollection")
-            .Fail(L"Null collection pointer as input parameter");
-    return AppendFrame(*collection, deep);
+        return op.Fail(L"Null collection pointer as input parameter");
+    if (PartAccess::Reaches(*collection, *this))
+        return op.Fail(L"Operation not supported on enhanced MF collections ");
+    return AppendFrame(*collection, deep, op, kivds::kUnexpectedError);
+}
+
+// Appends copies of the frames of `src` up to the first that cannot be had: a frame's index is its number.
+void CKivDSEnhancedMFCollection::CopyFrames(const CKivDSEnhancedMFCollection& src, bool deep,
+                                            const Operation& op, const wchar_t* noMemory)
+{
+    for (const Facade* const frame : src.m_MFCollections) {
+        if (!AppendFrame(*frame, deep, op, noMemory))
+            return;
+    }
 }
 
 CKivDSDicomAttributeCollection* CKivDSEnhancedMFCollection::GetCollection(bool deep)
@@ -169,12 +194,7 @@ CKivDSEnhancedMFCollection& CKivDSEnhancedMFCollection::operator|=(const CKivDSE
         return *this;
     PartAccess::CombineParts(*this, src, &CKivDSBaseDicomAttributeCollection::operator|=);
     if (m_MFCollections.empty()) {
-        for (const Facade* const frame : src.m_MFCollections) {
-            if (!AppendFrame(*frame, true)) {
-                op.Report(L"Insufficent memory to allocate DAC object.");
-                break;
-            }
-        }
+        CopyFrames(src, true, op, L"Insufficent memory to allocate DAC object.");
     } else if (!src.m_MFCollections.empty() && !RefuseFrames(src, op)) {
         for (std::size_t i = 0; i < m_MFCollections.size(); ++i)
             *m_MFCollections[i] |= *src.m_MFCollections[i];
@@ -201,46 +221,58 @@ CKivDSEnhancedMFCollection& CKivDSEnhancedMFCollection::operator-=(const CKivDSE
     return *this;
 }
 
-// ---------------------------------------------------------------------------------------------------------------
-// stream
+// ---- stream
 
-int CKivDSEnhancedMFCollection::GetSize()
+// The length of the stream; 0, reported in the words given, when a collection cannot tell its own.
+int CKivDSEnhancedMFCollection::Measure(const Operation& op, const wchar_t* noRegular, const wchar_t* noFrame)
 {
-    const Operation op(L"CKivDSEnhancedMFCollection::GetSize");
     int length = 0;
     if (!CKivDSDicomAttributeCollection::Serialize(nullptr, length) || length == 0) {
-        op.Report(L"Failed to retrieve the size of the regular collection");
+        op.Report(noRegular);
         return 0;
     }
     std::int64_t total = std::int64_t{length} + 4 + 4;
     for (Facade* const frame : m_MFCollections) {
         if (!frame->Serialize(nullptr, length) || length == 0) {
-            op.Report(L"Failed to get the size of the emf collection");
+            op.Report(noFrame);
             return 0;
         }
         total += length;
     }
-    return kivds::StreamLength(total);
+    const bool tooLong = kivds::StreamLength(total + kFacadeFrame) == 0;
+    if (tooLong)
+        op.Report(noFrame);
+    return tooLong ? 0 : static_cast<int>(total);
+}
+
+int CKivDSEnhancedMFCollection::GetSize()
+{
+    return Measure(Operation(L"CKivDSEnhancedMFCollection::GetSize"),
+                   L"Failed to retrieve the size of the regular collection",
+                   L"Failed to get the size of the emf collection");
 }
 
 bool CKivDSEnhancedMFCollection::Serialize(char* buffer, int& size)
 {
     const Operation op(L"CKivDSEnhancedMFCollection::Serialize");
-    const int total = GetSize();
+    constexpr const wchar_t* noRegular = L"Failed to serialize the regular collections";
+    constexpr const wchar_t* noFrame = L"Failed to deserialize the emf collection";
     if (!buffer) {
-        size = total;
+        size = GetSize();
         return true;
     }
+    const int total = Measure(op, noRegular, noFrame);
+    if (total == 0) // the caller's buffer has no size to speak of, and nothing is written
+        return false;
     ByteWriter writer(buffer);
     int length = 0;
-    // Without a total the caller's buffer has no size to speak of, and nothing is written.
-    if (total == 0 || !CKivDSDicomAttributeCollection::Serialize(writer.Position(), length))
-        return op.Fail(L"Failed to serialize the regular collections");
+    if (!CKivDSDicomAttributeCollection::Serialize(writer.Position(), length))
+        return op.Fail(noRegular);
     writer.Advance(length);
     writer.I32(GetNumberOfMFCollections());
     for (Facade* const frame : m_MFCollections) {
         if (!frame->Serialize(writer.Position(), length))
-            return op.Fail(L"Failed to deserialize the emf collection");
+            return op.Fail(noFrame);
         writer.Advance(length);
     }
     writer.I32(total);
@@ -267,6 +299,11 @@ bool CKivDSEnhancedMFCollection::ReadEnhanced(ByteReader& reader, int& size, boo
     if (!reader.Deeper() || !PartAccess::Read(regular, reader, length, versioned))
         return op.Fail(L"Failed to deserialize the regular collections");
     const int count = reader.I32();
+    // The smallest frame of an old form takes far fewer bytes than the objects that would hold it.
+    constexpr std::int64_t frameCost =
+        sizeof(Facade) + sizeof(CKivDSBaseDicomAttributeCollection) + 2 * sizeof(void*);
+    if (count * frameCost > kMostMemoryPerByte * reader.Left() + kMemoryAllowance)
+        reader.Fail();
     for (int i = 0; i < count; ++i) {
         const bool read = reader.Ok() && op.Guard(kivds::kUnexpectedError, [&] {
             auto frame = std::make_unique<Facade>(true);

@@ -69,7 +69,11 @@ private:
 
     bool ReadEnhanced(kivds::ByteReader& reader, int& size, bool versioned);
     bool SameFrames(const CKivDSEnhancedMFCollection& b) const;
-    bool AppendFrame(const CKivDSDicomAttributeCollection& frame, bool deep);
+    bool AppendFrame(const CKivDSDicomAttributeCollection& frame, bool deep, const kivds::Operation& op,
+                     const wchar_t* noMemory);
+    void CopyFrames(const CKivDSEnhancedMFCollection& src, bool deep, const kivds::Operation& op,
+                    const wchar_t* noMemory);
+    int Measure(const kivds::Operation& op, const wchar_t* noRegular, const wchar_t* noFrame);
     bool RefuseFrames(const CKivDSEnhancedMFCollection& src, const kivds::Operation& op) const;
 
     std::vector<CKivDSDicomAttributeCollection*> m_MFCollections; // owned, in frame order

@@ -46,7 +46,9 @@ Part::CKivDSBaseDicomAttributeCollection(const Part& src, int frame) : CKivDSDic
             std::unique_ptr<CKivDSDicomAttribute> owned(copy);
             if (!owned)
                 continue; // no value for this frame
-            m_Attributes.emplace_hint(m_Attributes.end(), tag, nullptr)->second = owned.release();
+            CKivDSDicomAttribute*& entry =
+                m_Attributes.emplace_hint(m_Attributes.end(), tag, nullptr)->second;
+            entry = owned.release(); // once there is a place for it
         }
         return true;
     });
@@ -115,7 +117,7 @@ void Facade::TakeMemberFrames(const Facade& src, int frame, bool deep)
     std::unique_ptr<CKivIPPScopeC> scope(src.GetScope());
     if (m_pCompoundCollection->SetScope(scope.get(), false))
         (void)scope.release(); // the compound collection's now
-    CKivDSCompoundCollection* const members = src.m_pCompoundCollection;
+    CKivDSCompoundCollection* const members = src.Members();
     const int count = members ? members->GetNumberOfCollections() : 0;
     for (int i = 0; i < count; ++i) {
         const std::unique_ptr<Facade> member(members->GetCollection(i, false));
@@ -187,6 +189,8 @@ bool Facade::UpdateSingleFrameCollection(const Facade& src, bool deep)
     if (RefuseCompoundAndEnhanced(op))
         return false;
     Part* const theirs = src.Regular().m_pSingleFrameCollection;
+    if (theirs && theirs == m_pSingleFrameCollection)
+        return true; // united with itself a collection stays as it is
     if (!m_pSingleFrameCollection) {
         m_pSingleFrameCollection = PartAccess::Share(theirs);
         return true;

@@ -1,6 +1,6 @@
 // The set operators, comparison and assignment, on parts and on facades. The parts carry the algorithms; the
 // facade applies them part by part.
-#include "attribute/CKivDSDicomAttributeFactory.h"
+#include "collection/internal/AttributeCopy.h"
 #include "collection/internal/AttributeMap.h"
 #include "collection/internal/PartSharing.h"
 #include "foundation/internal/Operation.h"
@@ -15,14 +15,14 @@ using kivds::WalkTogether;
 using Facade = CKivDSDicomAttributeCollection;
 using Part = CKivDSBaseDicomAttributeCollection;
 
-// ----------------------------------------------------------------------------------------------------------------
-// parts
+// ---- parts
 
-// Stores a copy of an attribute under a tag, in place of what is held there. When it cannot be copied (the
-// factory says why) nothing changes. May throw; then nothing changes either.
-void Part::StoreCopy(Map::iterator hint, unsigned long tag, const CKivDSDicomAttribute& attribute)
+// Stores a copy of an attribute under a tag, in place of what is held there. When it cannot be copied, which
+// is reported, nothing changes. May throw; then nothing changes either.
+void Part::StoreCopy(Map::iterator hint, unsigned long tag, const CKivDSDicomAttribute& attribute,
+                     const Operation& op)
 {
-    std::unique_ptr<CKivDSDicomAttribute> copy(g_DicomAttributeFactory.CreateDicomAttribute(attribute));
+    std::unique_ptr<CKivDSDicomAttribute> copy = kivds::CopyOf(attribute, op);
     if (!copy)
         return;
     CKivDSDicomAttribute*& entry = m_Attributes.emplace_hint(hint, tag, nullptr)->second;
@@ -35,15 +35,16 @@ Part& Part::operator+=(const Part& b)
     if (this == &b)
         return *this;
     m_bMultiFrame = m_bMultiFrame || b.m_bMultiFrame;
-    Operation(L"CKivDSBaseDicomAttributeCollection::operator +=").Guard(kivds::kUnexpectedError, [&] {
+    const Operation op(L"CKivDSBaseDicomAttributeCollection::operator +=");
+    op.Guard(kivds::kUnexpectedError, [&] {
         WalkTogether(
             m_Attributes, b.m_Attributes, [](Map::iterator) {},
             [](Map::iterator mine, const CKivDSDicomAttribute& theirs) {
                 if (theirs.MustReplicate() || *mine->second != theirs)
                     *mine->second += theirs;
             },
-            [this](Map::iterator place, unsigned long tag, const CKivDSDicomAttribute& theirs) {
-                StoreCopy(place, tag, theirs);
+            [&](Map::iterator place, unsigned long tag, const CKivDSDicomAttribute& theirs) {
+                StoreCopy(place, tag, theirs, op);
             });
     });
     return *this;
@@ -71,7 +72,7 @@ Part& Part::Overwrite(const Part& b, const Operation& op, Condition condition)
     op.Guard(kivds::kUnexpectedError, [&] {
         for (const auto& [tag, attribute] : b.m_Attributes) {
             if (attribute && condition(*attribute))
-                StoreCopy(PlaceFor(tag), tag, *attribute);
+                StoreCopy(PlaceFor(tag), tag, *attribute, op);
         }
     });
     return *this;
@@ -147,17 +148,17 @@ template <class Fill>
 Part* NewPart(const wchar_t* operation, Fill fill)
 {
     const Operation op(operation);
-    Part* const result = new (std::nothrow) Part;
+    std::unique_ptr<Part> result(new (std::nothrow) Part);
     if (!result) {
         op.Report(kivds::kUnexpectedError);
         return nullptr;
     }
     fill([&](const CKivDSDicomAttribute& attribute) {
-        std::unique_ptr<CKivDSDicomAttribute> copy(g_DicomAttributeFactory.CreateDicomAttribute(attribute));
+        std::unique_ptr<CKivDSDicomAttribute> copy = kivds::CopyOf(attribute, op);
         if (copy && result->AddAttribute(copy.get(), true))
             (void)copy.release(); // the part's now
     });
-    return result;
+    return result.release();
 }
 
 } // namespace
@@ -198,8 +199,7 @@ Part* operator|(const Part& a, const Part& b)
     });
 }
 
-// --------------------------------------------------------------------------------------------------------------
-// facades
+// ---- facades
 
 /// What one compound assignment of facades differs in from another.
 struct Facade::SSetOperator
@@ -290,11 +290,20 @@ Facade& Facade::operator|=(const Facade& b)
                        &CKivDSEnhancedMFCollection::operator|=});
 }
 
+// The compound collection that this facade holds, or that this object is itself; null for any other.
+CKivDSCompoundCollection* Facade::Members() const
+{
+    if (m_pCompoundCollection)
+        return m_pCompoundCollection;
+    return const_cast<CKivDSCompoundCollection*>(
+        dynamic_cast<const CKivDSCompoundCollection*>(this)); // its members are shared, not changed
+}
+
 // Calls `use` for each member of the compound collection `b`, as a facade that shares the member's parts.
 template <class Use>
 void Facade::ForEachMember(const Facade& b, const Operation& op, Use use)
 {
-    CKivDSCompoundCollection* const compound = b.m_pCompoundCollection;
+    CKivDSCompoundCollection* const compound = b.Members();
     const int count = compound ? compound->GetNumberOfCollections() : 0;
     for (int i = 0; i < count; ++i) {
         const std::unique_ptr<Facade> member(compound->GetCollection(i, false));
@@ -319,7 +328,8 @@ Facade& Facade::operator^=(const Facade& b)
         if (agreedWithMember)
             agreed += *agreedWithMember;
     });
-    return *this = agreed;
+    Regular().AssignParts(agreed);
+    return *this;
 }
 
 bool Facade::operator==(const Facade& b)

@@ -13,9 +13,9 @@
 #include "attribute/CKivDSDicomAttributeFactory.h"
 #include "attribute/internal/AttributeTypes.h"
 #include "collection/internal/PartSharing.h"
+#include "foundation/internal/Operation.h"
 #include "platform/internal/ByteReader.h"
 #include "platform/internal/ByteWriter.h"
-#include "foundation/internal/Operation.h"
 
 #include <algorithm>
 #include <limits>
@@ -41,12 +41,12 @@ enum Kind : int
 constexpr const wchar_t* kFacadeDeserialize = L"CKivDSDicomAttributeCollection::Deserialize";
 constexpr const wchar_t* kPartDeserialize = L"CKivDSBaseDicomAttributeCollection::Deserialize";
 constexpr const wchar_t* kInvalidInput = L" Invalid input parameters ";
-constexpr int kTotalSize = 4;
+constexpr int kHeaderSize = 2; // of a collection stream: version and kind
+constexpr int kLengthSize = 4;
 
 } // namespace
 
-// ----------------------------------------------------------------------------------------------------------------
-// parts
+// ---- parts
 
 // The fields of a part's stream, for its length (a counting writer) and for its bytes. False when an
 // attribute cannot tell its length or write itself.
@@ -122,7 +122,7 @@ bool CKivDSBaseDicomAttributeCollection::ReadPart(ByteReader& reader, int& size,
             fields.Ok() ? g_DicomAttributeFactory.CreateDicomAttribute(type) : nullptr);
         if (fields.Ok() && !attribute && !kivds::IsAttributeType(type)) {
             const int length = fields.PeekI32(); // an unknown class's stream is passed over by its own length
-            fields.Take(length >= kTotalSize ? length : -1);
+            fields.Take(length >= kLengthSize ? length : -1);
             if (!fields.Ok())
                 return op.Fail(L"Failed to deserialize attribute");
             continue;
@@ -141,8 +141,7 @@ bool CKivDSBaseDicomAttributeCollection::ReadPart(ByteReader& reader, int& size,
     return true;
 }
 
-// ---------------------------------------------------------------------------------------------------------------
-// facade
+// ---- facade
 
 namespace {
 
@@ -171,13 +170,23 @@ bool WritePart(Collection& part, ByteWriter& writer)
 
 int CKivDSDicomAttributeCollection::GetSize() const
 {
-    std::int64_t length = 2 + kTotalSize;
-    const bool told =
-        m_pEnhancedMFCollection
-            ? AddLength(*m_pEnhancedMFCollection, length)
-            : m_pSingleFrameCollection && AddLength(std::as_const(*m_pSingleFrameCollection), length) &&
-                  (!m_pMultiFrameCollection || AddLength(std::as_const(*m_pMultiFrameCollection), length));
+    std::int64_t length = kHeaderSize + kLengthSize;
+    const bool told = m_pEnhancedMFCollection ? AddLength(*m_pEnhancedMFCollection, length)
+                                              : m_pSingleFrameCollection && !PartWithoutLength(length);
     return told ? kivds::StreamLength(length) : 0;
+}
+
+// Adds the lengths of the parts of a plain facade; gives the part that cannot tell its own, null when all
+// can.
+const CKivDSBaseDicomAttributeCollection*
+CKivDSDicomAttributeCollection::PartWithoutLength(std::int64_t& sum) const
+{
+    for (const CKivDSBaseDicomAttributeCollection* part :
+         {m_pSingleFrameCollection, m_pMultiFrameCollection}) {
+        if (part && !AddLength(*part, sum))
+            return part;
+    }
+    return nullptr;
 }
 
 bool CKivDSDicomAttributeCollection::Serialize(char* buffer, int& size)
@@ -185,22 +194,31 @@ bool CKivDSDicomAttributeCollection::Serialize(char* buffer, int& size)
     const Operation op(L"CKivDSDicomAttributeCollection::Serialize");
     if (!IsGood() || RefuseCompound(op))
         return false;
-    const int total = GetSize();
     if (!buffer) {
-        size = total;
+        size = GetSize();
         return true;
     }
+    // What cannot tell its length reports that itself when it is to write, and writes nothing. That comes
+    // first: without a length the caller's buffer has no size to speak of.
     ByteWriter writer(buffer);
-    if (total > 0) { // else the caller's buffer has no size to speak of, and nothing is written
-        writer.U8(static_cast<std::uint8_t>(ms_nVersion));
-        writer.U8(m_pEnhancedMFCollection ? kEnhanced : m_pMultiFrameCollection ? kMultiFrame : kSingleFrame);
-        const bool written = m_pEnhancedMFCollection
-                                 ? WritePart(*m_pEnhancedMFCollection, writer)
-                                 : WritePart(std::as_const(*m_pSingleFrameCollection), writer) &&
-                                       (!m_pMultiFrameCollection ||
-                                        WritePart(std::as_const(*m_pMultiFrameCollection), writer));
-        if (!written)
+    writer.Advance(kHeaderSize);
+    std::int64_t sum = kHeaderSize + kLengthSize;
+    if (m_pEnhancedMFCollection) {
+        if (!WritePart(*m_pEnhancedMFCollection, writer))
             return false;
+    } else if (const auto* const failing = PartWithoutLength(sum)) {
+        return WritePart(*failing, writer);
+    } else if (kivds::StreamLength(sum) > 0) {
+        const CKivDSBaseDicomAttributeCollection* const multi = m_pMultiFrameCollection;
+        if (!WritePart(std::as_const(*m_pSingleFrameCollection), writer) ||
+            (multi && !WritePart(*multi, writer)))
+            return false;
+    }
+    const int total = GetSize();
+    if (total > 0) {
+        ByteWriter header(buffer);
+        header.U8(static_cast<std::uint8_t>(ms_nVersion));
+        header.U8(m_pEnhancedMFCollection ? kEnhanced : m_pMultiFrameCollection ? kMultiFrame : kSingleFrame);
         writer.I32(total);
     }
     size = writer.Written() == total ? total : 0;
@@ -223,8 +241,12 @@ bool CKivDSDicomAttributeCollection::Deserialize(const char* buffer, int length,
     ByteReader reader(buffer, length);
     if (auto* const part = dynamic_cast<CKivDSBaseDicomAttributeCollection*>(this))
         return PartAccess::Read(*part, reader, size, versioned);
-    if (auto* const enhanced = dynamic_cast<CKivDSEnhancedMFCollection*>(this))
-        return PartAccess::Read(*enhanced, reader, size, versioned);
+    if (auto* const enhanced = dynamic_cast<CKivDSEnhancedMFCollection*>(this)) {
+        if (!PartAccess::Read(*enhanced, reader, size, versioned))
+            return false;
+        size = reader.Consumed(); // rather than the total that the stream states, which nothing has checked
+        return true;
+    }
     return IsGood() && ReadFacade(reader, size, versioned);
 }
 
@@ -245,6 +267,8 @@ bool CKivDSDicomAttributeCollection::ReadFacade(ByteReader& reader, int& size, b
 
     int length = 0;
     if (kind == kEnhanced) {
+        if (RefuseCompound(op))
+            return false;
         if (IsEnhancedMFCollection() &&
             !m_pEnhancedMFCollection) // an enhanced collection's own regular stream
             return op.Fail(L"Operation not supported on enhanced MF collections ");
@@ -256,8 +280,8 @@ bool CKivDSDicomAttributeCollection::ReadFacade(ByteReader& reader, int& size, b
             return false;
     } else {
         if (!m_pSingleFrameCollection)
-            return op.Fail(m_pCompoundCollection ? L"Operation not supported on compound collections "
-                                                 : L"Operation not supported on enhanced MF collections ");
+            return op.Fail(IsCompoundCollection() ? L"Operation not supported on compound collections "
+                                                  : L"Operation not supported on enhanced MF collections ");
         if (!PartAccess::Read(*m_pSingleFrameCollection, reader, length, versioned))
             return false;
         if (kind == kMultiFrame) {
@@ -269,7 +293,7 @@ bool CKivDSDicomAttributeCollection::ReadFacade(ByteReader& reader, int& size, b
         }
     }
     if (version > 1)
-        reader.Take(kTotalSize); // the total, which is compared with nothing
+        reader.Take(kLengthSize); // the total, which is compared with nothing
     if (!reader.Ok())
         return op.Fail(kInvalidInput);
     size = reader.Consumed() - start;

@@ -1,10 +1,11 @@
 #include "foundation/AttributeValue.h"
 
-#include "platform/internal/Blocks.h"
 #include "foundation/internal/ElementTypes.h"
 #include "foundation/internal/Operation.h"
+#include "platform/internal/Blocks.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 #include <limits>
 #include <new>
@@ -19,8 +20,11 @@ int GetElementSize(tagEKivAGAttributeType type) noexcept
 SKivAGAttributeValue* GetNewAttributeValueArray(int n) noexcept
 {
     const std::int64_t bytes = static_cast<std::int64_t>(sizeof(SKivAGAttributeValue)) * n;
+    // Beyond PTRDIFF_MAX an array new throws even where it was told not to.
+    constexpr std::int64_t most =
+        std::min<std::int64_t>(std::numeric_limits<std::uint32_t>::max(), PTRDIFF_MAX);
     SKivAGAttributeValue* array = nullptr;
-    if (n >= 0 && bytes <= std::numeric_limits<std::uint32_t>::max())
+    if (n >= 0 && bytes <= most)
         array = new (std::nothrow) SKivAGAttributeValue[static_cast<std::size_t>(n)]();
     if (!array)
         Operation(L"GetNewAttributeValueArray").Report(L"Failed to allocate new attibute value");

@@ -29,15 +29,17 @@ void CRWLock::EnterReadLock()
 // Between the last reader's decrement and its reset of the reader event, two readers could arrive: the first
 // would wait for the token, the second would pass the event that is still open, perhaps beside a writer that
 // took the token. The count mutex closes that interval: nobody is counted in while a group is being
-// dissolved.
+// dissolved. The token is handed back last, so that whoever takes the write lock and then destroys the object
+// finds the last reader done with it.
 void CRWLock::LeaveReadLock()
 {
     m_hCountMutex.Wait();
-    if (m_nReaders.Decrement() < 0) {
+    const bool last = m_nReaders.Decrement() < 0;
+    if (last)
         m_hReaderEvent.Reset();
-        m_hExclusiveEvent.Set();
-    }
     m_hCountMutex.Release();
+    if (last)
+        m_hExclusiveEvent.Set();
 }
 
 void CRWLock::EnterWriteLock()

@@ -8,13 +8,15 @@
 // The old form begins with the count and has no total.
 #include "scriptversion/CKivDSScriptVersion.h"
 
+#include "foundation/internal/Operation.h"
 #include "platform/internal/ByteReader.h"
 #include "platform/internal/ByteWriter.h"
-#include "foundation/internal/Operation.h"
 
 #include <algorithm>
 #include <cstring>
 #include <iterator>
+#include <limits>
+#include <string_view>
 
 using kivds::ByteReader;
 using kivds::ByteWriter;
@@ -90,19 +92,19 @@ bool CKivDSScriptVersion::GetVersion(const char* modality, unsigned int& lowest,
         return op.Fail(L"Invalid modality string");
     lowest = 0;
     highest = 0;
-    return op.Guard(kivds::kUnexpectedError, [&] {
-        const auto entry = m_Versions.find(modality);
-        if (entry == m_Versions.end())
-            return false;
-        lowest = entry->second.nLowestVersion;
-        highest = entry->second.nHighestVersion;
-        return true;
-    });
+    const auto entry = m_Versions.find(std::string_view(modality));
+    if (entry == m_Versions.end())
+        return false;
+    lowest = entry->second.nLowestVersion;
+    highest = entry->second.nHighestVersion;
+    return true;
 }
 
 int CKivDSScriptVersion::GetVersionSize(const tagVersion&, const char* modality) const
 {
-    return kEntry + static_cast<int>(std::strlen(modality));
+    // A text too long to be counted gives a size that leaves the stream none.
+    constexpr std::size_t longest = std::numeric_limits<int>::max() - kEntry;
+    return kEntry + static_cast<int>(std::min(std::strlen(modality), longest));
 }
 
 int CKivDSScriptVersion::GetSerializationSize() const
@@ -116,41 +118,49 @@ int CKivDSScriptVersion::GetSerializationSize() const
 int CKivDSScriptVersion::Serialize(char* const stream) const
 {
     const Operation op(L"CKivDSScriptVersion::Serialize");
-    if (!stream)
-        return op.Fail(L"Invalid serialization stream");
+    if (!stream) {
+        op.Report(L"Invalid serialization stream");
+        return 0;
+    }
     const int total = GetSerializationSize();
     ByteWriter writer(stream);
-    writer.I32(-ms_nVersion);
-    writer.I32(GetNumberOfModalities());
-    for (const auto& [modality, version] : m_Versions) {
-        writer.U32(version.nLowestVersion);
-        writer.U32(version.nHighestVersion);
-        writer.Text(modality);
+    if (total > 0) { // else the caller's buffer has no size to speak of, and nothing is written
+        writer.I32(-ms_nVersion);
+        writer.I32(GetNumberOfModalities());
+        for (const auto& [modality, version] : m_Versions) {
+            writer.U32(version.nLowestVersion);
+            writer.U32(version.nHighestVersion);
+            writer.Text(modality);
+        }
+        writer.I32(total);
     }
-    writer.I32(total);
-    if (writer.Written() != total)
-        return op.Fail(L"Inconsistent serialization format: serialization aborted ");
-    return total;
+    if (total > 0 && writer.Written() == total)
+        return total;
+    op.Report(L"Inconsistent serialization format: serialization aborted ");
+    return 0;
 }
 
 int CKivDSScriptVersion::Deserialize(const char* const stream)
 {
-    return Read(stream, std::numeric_limits<int>::max());
+    ByteReader reader = ByteReader::Unbounded(stream);
+    int total = 0;
+    return Read(reader, total) ? total : 0;
 }
 
 int CKivDSScriptVersion::Deserialize(const char* stream, int length)
 {
-    return Read(stream, length);
+    ByteReader reader(stream, length);
+    int total = 0; // as the stream states it, unchecked; the result is what was read
+    return Read(reader, total) ? reader.Consumed() : 0;
 }
 
-int CKivDSScriptVersion::Read(const char* stream, int length)
+bool CKivDSScriptVersion::Read(ByteReader& reader, int& total)
 {
     const Operation op(L"CKivDSScriptVersion::Deserialize");
     constexpr const wchar_t* invalid = L"Invalid deserialization stream";
-    if (!stream)
+    if (!reader.Position())
         return op.Fail(invalid);
     m_Versions.clear();
-    ByteReader reader(stream, length);
     const bool marked = reader.PeekI32() < 0;
     if (marked)
         reader.I32();
@@ -162,18 +172,15 @@ int CKivDSScriptVersion::Read(const char* stream, int length)
             const int size = reader.I32();
             const char* const text = reader.Take(size <= static_cast<int>(kLongest) ? size : -1);
             if (text) // up to its first NUL
-                m_Versions[std::string(text, static_cast<std::size_t>(std::find(text, text + size, '\0') -
-                                                                      text))] = {lowest, highest};
+                m_Versions[std::string(text, std::find(text, text + size, '\0'))] = {lowest, highest};
         }
         return true;
     });
-    const int total = marked ? reader.I32() : reader.Consumed();
+    total = marked ? reader.I32() : reader.Consumed();
     if (read && reader.Ok())
-        return total;
+        return true;
     m_Versions.clear();
-    if (read)
-        op.Report(invalid);
-    return 0;
+    return read && op.Fail(invalid);
 }
 
 bool operator==(const CKivDSScriptVersion::tagVersion& a, const CKivDSScriptVersion::tagVersion& b)

@@ -5,11 +5,12 @@
 
 #include "platform/Export.h"
 
+#include <functional>
 #include <map>
 #include <string>
 
 namespace kivds {
-class ByteWriter;
+class ByteReader;
 } // namespace kivds
 
 /// Failures are reported under "CKivDSScriptVersion::" and the operation's name; no exception leaves an
@@ -51,7 +52,7 @@ public:
     virtual int Deserialize(const char* const stream);
 
     /// The bounded read: reads no byte at or past `stream + length`, allocates no more than a small multiple
-    /// of `length`, and refuses malformed input.
+    /// of `length`, and refuses malformed input. Gives the bytes read.
     int Deserialize(const char* stream, int length);
 
     friend KIVDS_API bool operator==(const CKivDSScriptVersion& a, const CKivDSScriptVersion& b);
@@ -60,9 +61,9 @@ private:
     static const int ms_nVersion;
 
     int GetVersionSize(const tagVersion& version, const char* modality) const;
-    int Read(const char* stream, int length);
+    bool Read(kivds::ByteReader& reader, int& total);
 
-    std::map<std::string, tagVersion> m_Versions;
+    std::map<std::string, tagVersion, std::less<>> m_Versions;
 };
 
 /// Both numbers alike.

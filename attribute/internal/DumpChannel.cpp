@@ -9,6 +9,11 @@ kivds::ListenerSlot<const char*> s_DumpListener;
 
 } // namespace
 
+bool kivds::DumpIsHeard() noexcept
+{
+    return s_DumpListener.IsSet();
+}
+
 void kivds::SendDumpLine(const char* line) noexcept
 {
     s_DumpListener.Call(line);

@@ -9,17 +9,15 @@ namespace {
 template <class Make>
 std::unique_ptr<CKivIPPRangeIDC> FromFactory(Make make) noexcept
 {
-    if (!g_pItemFactory)
-        return nullptr;
-    try {
-        std::unique_ptr<CKivIPPScopeItemC> item(make(*g_pItemFactory));
-        std::unique_ptr<CKivIPPRangeIDC> range(dynamic_cast<CKivIPPRangeIDC*>(item.get()));
+    std::unique_ptr<CKivIPPRangeIDC> range;
+    Guarded([&] {
+        std::unique_ptr<CKivIPPScopeItemC> item(g_pItemFactory ? make(*g_pItemFactory) : nullptr);
+        range.reset(dynamic_cast<CKivIPPRangeIDC*>(item.get()));
         if (range)
             (void)item.release(); // the same object, held by `range` now
-        return range;
-    } catch (...) {
-        return nullptr;
-    }
+        return true;
+    });
+    return range;
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "attribute/internal/GatheredValues.h"
 
 #include "foundation/internal/ElementTypes.h"
+#include "foundation/internal/Operation.h"
 
 #include <algorithm>
 #include <functional>
@@ -49,7 +50,8 @@ void GatheredValues::Grow(std::size_t size)
 
 bool GatheredValues::Index(const SKivAGAttributeValue* values, int count) noexcept
 {
-    try {
+    // No report: without the index the caller does the same work more slowly.
+    const bool indexed = Operation(L"GatheredValues::Index").Guard(nullptr, [&] {
         for (; m_nIndexed < count; ++m_nIndexed) {
             if (m_nUsed * 2 >= m_Slots.size())
                 Grow(std::max<std::size_t>(m_Slots.size() * 2, 4 * kWorthwhile));
@@ -61,12 +63,13 @@ bool GatheredValues::Index(const SKivAGAttributeValue* values, int count) noexce
             }
         }
         return true;
-    } catch (...) { // no report: the caller does the same work without the index
+    });
+    if (!indexed) {
         m_Slots.clear();
         m_nUsed = 0;
         m_nIndexed = 0;
-        return false;
     }
+    return indexed;
 }
 
 bool GatheredValues::Contains(const SKivAGAttributeValue* values,

@@ -6,6 +6,9 @@
 #include "collection/CKivDSCompoundCollection.h"
 #include "collection/CKivDSEnhancedMFCollection.h"
 
+#include "foundation/internal/Operation.h"
+
+#include <algorithm>
 #include <memory>
 #include <new>
 #include <utility>
@@ -47,7 +50,8 @@ struct PartAccess
         if (!src)
             return nullptr;
         auto copy = std::make_unique<CKivDSBaseDicomAttributeCollection>();
-        copy->CopyFrom(*src);
+        copy->CopyFrom(*src,
+                       Operation(L"CKivDSBaseDicomAttributeCollection::CKivDSBaseDicomAttributeCollection"));
         return copy;
     }
 
@@ -61,6 +65,23 @@ struct PartAccess
     MultiPart(const CKivDSDicomAttributeCollection& facade) noexcept
     {
         return facade.m_pMultiFrameCollection;
+    }
+
+    /// Whether a facade holds `target`, directly or in a member or a frame. What holds a collection is never
+    /// put into it: it would keep itself alive, and every walk over it would have no end.
+    static bool Reaches(const CKivDSDicomAttributeCollection& facade,
+                        const CKivDSDicomAttributeCollection& target)
+    {
+        const auto anyReaches = [&](const auto* held, const auto& inside) {
+            return held &&
+                   (held == &target || std::any_of(inside.begin(), inside.end(),
+                                                   [&](const auto* next) { return Reaches(*next, target); }));
+        };
+        static const std::vector<CKivDSDicomAttributeCollection*> none;
+        const CKivDSCompoundCollection* const compound = facade.m_pCompoundCollection;
+        const CKivDSEnhancedMFCollection* const enhanced = facade.m_pEnhancedMFCollection;
+        return &facade == &target || anyReaches(compound, compound ? compound->m_Collections : none) ||
+               anyReaches(enhanced, enhanced ? enhanced->m_MFCollections : none);
     }
 
     static CKivDSCompoundCollection* Compound(const CKivDSDicomAttributeCollection& facade) noexcept

@@ -1,4 +1,5 @@
-// The element types and the C++ scalars that they stand for, in one table and one dispatch.
+// The element types and the C++ scalars that they stand for: their sizes in one table, and one dispatch from
+// an element type to code for its scalar. Nothing here owns or allocates.
 #pragma once
 
 #include "foundation/AttributeValue.h"
@@ -18,6 +19,12 @@ constexpr int ElementSize(tagEKivAGAttributeType type) noexcept
 constexpr std::int64_t ByteSize(tagEKivAGAttributeType type, int count) noexcept
 {
     return static_cast<std::int64_t>(ElementSize(type)) * count;
+}
+
+/// Whether a value holds bytes that a copy could be made of.
+constexpr bool HasBytes(const SKivAGAttributeValue& value) noexcept
+{
+    return value.pData && ByteSize(value.eType, value.nCount) > 0;
 }
 
 /// The element type that holds a scalar.

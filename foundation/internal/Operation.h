@@ -25,8 +25,8 @@ public:
         return false;
     }
 
-    /// Runs `body` and gives its result. Any exception ends here: it is reported as `message`, and the result
-    /// is false, null or zero.
+    /// Runs `body` and gives its result. Any exception ends here: it is reported as `message`, unless that is
+    /// null, and the result is false, null or zero.
     template <class Body>
     auto Guard(const wchar_t* message, Body&& body) const noexcept -> decltype(body())
     {
@@ -34,7 +34,8 @@ public:
         try {
             return body();
         } catch (...) {
-            Report(message);
+            if (message)
+                Report(message);
             return Result();
         }
     }

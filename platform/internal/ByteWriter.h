@@ -73,7 +73,7 @@ private:
 /// which every writer refuses as inconsistent.
 inline int StreamLength(std::int64_t bytes) noexcept
 {
-    return bytes <= std::numeric_limits<int>::max() ? static_cast<int>(bytes) : 0;
+    return bytes > 0 && bytes <= std::numeric_limits<int>::max() ? static_cast<int>(bytes) : 0;
 }
 
 } // namespace kivds

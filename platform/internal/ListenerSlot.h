@@ -57,10 +57,12 @@ public:
     ListenerSlot(const ListenerSlot&) = delete;
     ListenerSlot& operator=(const ListenerSlot&) = delete;
 
+    bool IsSet() const noexcept { return m_bListening.load(std::memory_order_acquire); }
+
     /// Calls the listener, if there is one, on this thread. Its exceptions end here.
     void Call(Args... args) noexcept
     {
-        if (!m_bListening.load(std::memory_order_acquire))
+        if (!IsSet())
             return;
         m_Lock.lock();
         const Listener listener = m_Listener;
