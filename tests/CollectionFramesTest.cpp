@@ -1,0 +1,207 @@
+// The collection of one frame, the scope narrowed to it, splitting and merging.
+#include "tests/support/Notation.h"
+#include "tests/support/Reports.h"
+
+namespace kivds::test {
+namespace {
+
+using CollectionFramesTest = ReportTest;
+
+constexpr Wide kPartConstructor = L"CKivDSBaseDicomAttributeCollection::CKivDSBaseDicomAttributeCollection";
+constexpr Wide kFacadeConstructor = L"CKivDSDicomAttributeCollection::CKivDSDicomAttributeCollection";
+constexpr Wide kNarrow = L"CKivDSDicomAttributeCollection::UpdateMultiFrameScope";
+
+TEST_F(CollectionFramesTest, AFramesCollectionHoldsItsValuesAndItsIndex)
+{
+    for (const auto& [sourceText, frameOf, expected] : Rows<Txt, int, Txt>{
+             {"X1|L1+2+3 M10,20,30", 2, "X1|L2s M20s #2prs"},
+             {"X1|L1,2,3 M10,20", 3, "X1|L3s #3prs"}, // a frame that one attribute does not hold
+             {"|M10,20", 65538, "|#2prs"},
+             {"|M10,20", -1, "|#65535prs"},
+             {"X1|", 1, "X1|#1prs"},
+             {"X1|M7s", 5, "X1|M7s #5prs"},
+             {"X1|M1,2p", 1, "X1|M1s #1prs"},
+             {"X1", 1, "X1"},
+             {"-", 1, "-"},
+             {"{X1|M1,2;Y1}", 2, "{X1|M2s #2prs;Y1}"},
+             {"{}", 2, "{}"},
+             {"<X1 N2|M5,6;Y1;X2 Y2>", 1, "X1+2 Y2 N1|M5s #1prs"},
+             {"<X1;Y1>", 0, "X1 Y1"},
+         }) {
+        for (const bool deep : {false, true}) {
+            SCOPED_TRACE(std::string(sourceText) + (deep ? " deep" : ""));
+            CollectionPtr source = Make(sourceText);
+            const Facade frame(*source, frameOf, deep);
+            EXPECT_EQ(Show(frame), expected);
+            EXPECT_EQ(Show(*source), sourceText);
+            EXPECT_EQ(frame.IsMultiFrame(), MultiPart(frame) || Show(frame).find("{X") == 0);
+            EXPECT_EQ(SinglePart(frame) && SinglePart(frame) == SinglePart(*source),
+                      !deep && SinglePart(*source) != nullptr);
+            source.reset();
+            EXPECT_EQ(Show(frame), expected);
+            EXPECT_TRUE(NothingReported());
+        }
+    }
+    const Facade frame(*Make("|M1"), 3, true);
+    EXPECT_FALSE(MultiPart(frame)->IsMultiFrame());
+    CKivDSDicomAttribute* index = nullptr;
+    ASSERT_TRUE(MultiPart(frame)->GetAttributePtr(0x37110090, &index));
+    EXPECT_EQ(index->GetDicomRepresentation(), US);
+    EXPECT_EQ(index->GetValuePtr(0)->eType, eAttrUShort);
+    EXPECT_EQ(index->GetValuePtr(0)->nInSequenceIndex, 0);
+}
+
+TEST_F(CollectionFramesTest, AFrameThatCannotBeMadeLeavesWhatWasMade)
+{
+    const CollectionPtr source = Make("X1|L1,2,3 Z1,2,3");
+    AttributePtr brief = MakeAttribute("M1,2"); // two values for three frames
+    brief->SetMultiFrameInfo(1, 3);
+    Add(*source, std::move(brief));
+    EXPECT_EQ(Show(Facade(*source, 3, false)), "X1|L3s");
+    Claim(L"CKivDSDicomAttribute::CreateSingleFrameCopy",
+          L"Attempt to use invalid value index to access multiframe attribute non-character value");
+    Claim(kPartConstructor, L"Failed to create single frame copy of attribute");
+    for (const int index : {-1, 1}) {
+        EXPECT_EQ(Show(Facade(*Make("<X1;Z1>"), index, true)), "-");
+        Claim(L"CKivDSEnhancedMFCollection::GetMFCollection", L"Invalid multiframe collection index ");
+        Claim(kFacadeConstructor, L"Fail to extract the frame collection from the enhanced MF collection");
+    }
+}
+
+TEST_F(CollectionFramesTest, TheScopeIsNarrowedToTheFrame)
+{
+    for (const auto& [sourceText, deep, narrowed, ofSource] : Rows<Txt, bool, Txt, Txt>{
+             {"X1|M1,2", true, "9[2-2]", "9"},
+             {"X1|M1,2", false, "9[2-2]", "9[2-2]"},
+             {"X1", true, "9", "9"},
+             {"X1", false, "9", "9"},
+             {"{X1|M1,2;Y1}", true, "9[2-2]", "9"},
+             {"{X1|M1,2}", false, "9[2-2]", "9"},
+             {"{X1;Y1}", true, "9", "9"},
+             {"<X1|M1;;;>", false, "9[2-2]", "9"},
+             {"<X1;;;>", true, "9[2-2]", "9"},
+         }) {
+        SCOPED_TRACE(sourceText);
+        const CollectionPtr source = Make(sourceText);
+        SetScope(*source, "9");
+        const Facade frame(*source, 2, deep);
+        EXPECT_EQ(ScopeOf(frame), narrowed);
+        EXPECT_EQ(ScopeOf(*source), ofSource);
+    }
+}
+
+TEST_F(CollectionFramesTest, AScopeThatCannotBeNarrowedIsReportedAndKept)
+{
+    const CollectionPtr source = Make("X1|M1,2");
+    const auto narrow = [&](std::unique_ptr<CKivIPPScopeElementC> scope, Wide report) {
+        EXPECT_TRUE(source->SetScope(scope.release(), false));
+        const std::string before = ScopeOf(*source);
+        const Facade frame(*source, 1, true);
+        Claim(kNarrow, report);
+        EXPECT_EQ(ScopeOf(frame), before);
+        EXPECT_EQ(Show(frame), "X1|M1s #1prs");
+    };
+    auto imageless = std::make_unique<CKivIPPScopeElementC>();
+    imageless->SetType(g_ScopeElementType);
+    imageless->Initialize(2);
+    narrow(std::move(imageless), L"Unable to retrieve the image scope item ");
+    auto spoilt = Scope("9");
+    char none[1];
+    EXPECT_FALSE(spoilt->GetScopeItem(2, false)->GetUID(none, 1));
+    narrow(std::move(spoilt), L"Inconsistent image scope item for multiframe collection");
+    narrow(Scope(std::string(256, '9')), L"Fail to retrieve image UID");
+    EXPECT_TRUE(source->SetScope(Scope(std::string(255, '9')).release(), false));
+    EXPECT_EQ(ScopeOf(Facade(*source, 1, true)), std::string(255, '9') + "[1-1]");
+}
+
+TEST_F(CollectionFramesTest, SplittingGivesAFacadeOfEachPart)
+{
+    for (const auto& [sourceText, singleText, multiText, report] : Rows<Txt, Txt, Txt, Wide>{
+             {"X1|M1", "X1", "|M1", nullptr},
+             {"X1", "X1", nullptr, nullptr},
+             {"X1|", "X1", "|", nullptr},
+             {"{X1}", nullptr, nullptr, kCompoundRefused},
+             {"<X1;Z1>", nullptr, nullptr, kEnhancedRefused},
+             {"W1<X1;Z1>", nullptr, nullptr, kEnhancedRefused},
+             {"-", nullptr, nullptr, L"Attempt to split an uninitialized object "},
+         }) {
+        for (const bool deep : {false, true}) {
+            SCOPED_TRACE(sourceText);
+            const CollectionPtr source = Make(sourceText);
+            Facade *single = source.get(), *multi = source.get();
+            EXPECT_EQ(source->Split(single, multi, deep), !report);
+            const CollectionPtr ownedSingle(single), ownedMulti(multi);
+            if (report)
+                Claim(L"CKivDSDicomAttributeCollection::Split", report);
+            EXPECT_EQ(single ? Show(*single) : "null", singleText ? singleText : "null");
+            EXPECT_EQ(multi ? Show(*multi) : "null", multiText ? multiText : "null");
+            EXPECT_EQ(Show(*source), sourceText);
+            EXPECT_EQ(single && SinglePart(*single) == SinglePart(*source), single && !deep);
+            EXPECT_EQ(multi && MultiPart(*multi) == MultiPart(*source), multi && !deep);
+        }
+    }
+}
+
+TEST_F(CollectionFramesTest, SingleFramePartsAreUpdatedFromTheLeftOrFromTheRight)
+{
+    for (const auto& [targetText, sourceText, deep, expected, scopeText, report] :
+         Rows<Txt, Txt, bool, Txt, Txt, Wide>{
+             {"X1 Y1|M1", "X2 Z2|L1", false, "X1+2 Y1 Z2|M1", "8", nullptr},
+             {"X1 Y1|M1", "X2 Z2|L1", true, "X2+1 Y1 Z2|M1", "8", nullptr},
+             {"-", "X2|L1", false, "X2", "9", nullptr},
+             {"-", "X2|L1", true, "X2", "9", nullptr},
+             {"X1", "<X2;Z1>", false, "X1+2", "8", nullptr},
+             {"{X1}", "X2", true, "{X1}", "8", kCompoundRefused},
+             {"<X1;Z1>", "X2", false, "<X1;Z1>", "8", kEnhancedRefused},
+         }) {
+        SCOPED_TRACE(targetText);
+        const CollectionPtr target = Make(targetText), source = Make(sourceText);
+        SetScope(*target, "8");
+        SetScope(*source, "9");
+        const Facade sharing(*target);
+        EXPECT_EQ(target->UpdateSingleFrameCollection(*source, deep), !report);
+        if (report)
+            Claim(L"CKivDSDicomAttributeCollection::UpdateSingleFrameCollection", report);
+        EXPECT_EQ(Show(*target), expected);
+        EXPECT_EQ(Show(sharing), deep || *targetText == '-' ? targetText : expected);
+        EXPECT_EQ(ScopeOf(*target), scopeText);
+        EXPECT_EQ(Show(*source), sourceText);
+    }
+    const CollectionPtr scopeless = Make("X1"), source = Make("Y1");
+    SetScope(*source, "9"); // which the copy keeps where there is no other
+    EXPECT_TRUE(scopeless->UpdateSingleFrameCollection(*source, true));
+    EXPECT_EQ(ScopeOf(*scopeless), "9");
+    Facade shallow(*source); // a part united with its own copy is shared no more
+    EXPECT_TRUE(shallow.UpdateSingleFrameCollection(*source, true));
+    Add(*source, MakeAttribute("Z1"));
+    EXPECT_EQ(Show(shallow), "Y1");
+}
+
+TEST_F(CollectionFramesTest, MergingOverwritesAndTakesTheFirstScope)
+{
+    for (const auto& [firstText, secondText, mergedText, expected] : Rows<Txt, Txt, Txt, Txt>{
+             {"X1 Y1p|M1", "X2 Y2p Z2", "", "X2 Y1p Z2|M1"},
+             {"X1 Y1p", "X2", "W1", "W1 X2"},
+             {"{X1;X2 Y1}", "{Z1|M1}", "", "X1+2 Y1 Z1|M1"},
+             {"<X1;Z1>", "Y1", "", "X1 Y1"},
+         }) {
+        SCOPED_TRACE(firstText);
+        const CollectionPtr first = Make(firstText), second = Make(secondText), merged = Make(mergedText);
+        SetScope(*first, "8");
+        SetScope(*second, "9");
+        EXPECT_TRUE(Facade::MergeCollections(*first, *second, *merged));
+        EXPECT_EQ(Show(*merged), expected);
+        EXPECT_EQ(ScopeOf(*merged), "8");
+    }
+    const CollectionPtr merged = Make("W1");
+    for (const auto& [first, second] : {std::pair("{}", "X1"), {"{X1}", "{}"}}) {
+        EXPECT_FALSE(Facade::MergeCollections(*Make(first), *Make(second), *merged));
+        EXPECT_EQ(ClaimAll(), 2u);
+        EXPECT_EQ(Show(*merged), "W1");
+    }
+    EXPECT_FALSE(Facade::MergeCollections(*Make("X1"), *Make("Y1"), *Make("-")));
+    Claim(L"CKivDSDicomAttributeCollection::MergeCollections", L"Failed to set scope on merged collection");
+}
+
+} // namespace
+} // namespace kivds::test

@@ -1,0 +1,376 @@
+// The set operators, comparison and assignment, on facades and on parts.
+#include "tests/support/FailingNew.h"
+#include "tests/support/Notation.h"
+#include "tests/support/Reports.h"
+
+#include <functional>
+
+namespace kivds::test {
+namespace {
+
+class CollectionOperatorsTest : public ReportTest
+{
+protected:
+    void ClaimOperator(const std::string& name, Wide message, int code = 0,
+                       Wide owner = L"CKivDSDicomAttributeCollection::")
+    {
+        Claim((owner + (L"operator " + std::wstring(name.begin(), name.end()))).c_str(), message, code);
+    }
+};
+
+TEST_F(CollectionOperatorsTest, CompoundAssignmentsKeepToTheirTruthTables)
+{
+    for (const auto& [left, name, right, expected] : Rows<Txt, Txt, Txt, Txt>{
+             {"X1 Y2", "+=", "Y2 Z3", "X1 Y2 Z3"},
+             {"Y2", "+=", "Y5", "Y2+5"},
+             {"Y1+2", "+=", "Y2+3+3", "Y1+2+3+3"},
+             {"Y2", "+=", "Y2r", "Y2+2"},
+             {"Y2r", "+=", "Y2", "Y2r"},
+             {"Y2p", "+=", "Y3p Z1pr", "Y2+3p Z1pr"},
+             {"Z1", "+=", "W1 X1 Y1", "W1 X1 Y1 Z1"},
+             {"X1|M1,2", "+=", "X1|L4 M1,3", "X1|L4 M1,2"}, // multi-frame values do not accumulate
+             {"X1", "+=", "|M1,2", "X1|M1,2"},
+             {"X1", "+=", "X1|", "X1|"},
+             {"X1 Y2", "*=", "Y5p Z3", "X1 Y5p Z3"},
+             {"X1|M1,2", "*=", "X1r|L5 M3,4", "X1r|L5 M3,4"},
+             {"X1 Y2", "|=", "Y5p Z3", "X1 Y2 Z3"},
+             {"X1p", "|=", "X2", "X2"},
+             {"X1", "|=", "|L1 M2p", "X1|L1"},
+             {"X1", "|=", "|", "X1|"},
+             {"X1 Y2", "-=", "Y2 Z3", "X1"},
+             {"Y2", "-=", "Y5", "Y2"},
+             {"X1p Y1pr", "-=", "X1 Y1", ""},
+             {"X1+2", "-=", "X1,2", "X1+2"},
+             {"|L1 M1,2", "-=", "|L2 M1,2", "|L1"},
+             {"X1m", "-=", "X1", "X1m"}, // multi-frame and not: different
+             {"X1", "-=", "|M1", "X1|"},
+             {"X1 Y2", "/=", "Y5 Z3", "X1"},
+             {"X1 Y2p", "/=", "X1p Y9", "X1"},
+             {"X1", "/=", "|M1", "X1|"},
+             {"|L1 M1", "/=", "|M7", "|L1"},
+             {"X1 Y2", "^=", "Y2 Z3", "Y2"},
+             {"X1p Y2 Z3", "^=", "Y2", "Y2"},
+             {"X1 Y2", "^=", "X3 Y2p", "Y2"},
+             {"X1|M1", "^=", "X1", "X1|M1"}, // without a multi-frame part on the right the left one stays
+             {"X1", "^=", "X1|M1", "X1|"},
+             {"X1|L1 M1,2", "^=", "X1|M1,2", "X1|M1,2"},
+             // a facade of an enhanced multi-frame collection stands for its regular collection
+             {"X1", "+=", "<X2 Y2;Z1>", "X1+2 Y2"},
+             {"<X1;Z1>", "+=", "X2 Y2|M1", "<X1+2 Y2|M1;Z1>"},
+             {"<X1;Z1>", "*=", "<X2;Z2>", "<X2;Z1>"},
+             {"<X1 Y1;Z1>", "/=", "<X2;Z1>", "<Y1;Z1>"},
+             {"X1 Y1", "^=", "<Y1;X1>", "Y1"},
+             {"<X1 Y1;X1>", "-=", "X1", "<Y1;X1>"},
+             {"<X1;X1>", "|=", "X2", "<X2;X1>"},
+             {"X1", "+=", "<-;Z1>", "X1"},
+             {"<-;Z1>", "+=", "X1", "<X1;Z1>"},
+             // and has a step of its own in two of them
+             {"X1", "|=", "<Y2;Z1>", "X1<Y2;Z1>"},
+             {"<X1;Z1>", "|=", "<X2 Y1p|M1;W1 Z3>", "<X2|M1;W1 Z3>"},
+             {"<X1 Y1;Z1;Z2>", "-=", "<X1;Z1;Z3>", "<Y1;;Z2>"},
+             {"X1<Y1;Z1>", "-=", "X1<Y1;Z1>", "<;>"},
+             {"X1", "-=", "<X1>", "X1<->"},
+             // a compound right side: what agrees with at least one member, accumulated over the members
+             {"X1 Y2", "^=", "{X1 Y3;X2 Y2;Z1}", "X1 Y2"},
+             {"X1 Y2", "^=", "{}", ""},
+             {"X1r", "^=", "{X1;X1}", "X1+1r"},
+             {"X1|L1 M1,2", "^=", "{X1|M1,2;Y1}", "X1|M1,2"},
+             {"X1|M1", "^=", "{X1}", "X1|M1"},
+             {"<X1 Y2;Z1>", "^=", "{X1;Z1}", "<X1;Z1>"},
+         }) {
+        SCOPED_TRACE(std::string(left) + "  " + name + "  " + right);
+        const CollectionPtr a = Make(left);
+        CollectionPtr b = Make(right);
+        EXPECT_EQ(&Apply(name, *a, *b), a.get());
+        EXPECT_EQ(Show(*b), right);
+        b.reset(); // whatever is in A is A's own
+        EXPECT_EQ(Show(*a), expected);
+        EXPECT_TRUE(NothingReported());
+    }
+}
+
+TEST_F(CollectionOperatorsTest, CompoundAndEmptyOperandsAreLeftAlone)
+{
+    for (const std::string name : kAssignments) {
+        for (const Txt other : {"X1|M1", "<X1;Z1>", "{X1}", "-"}) {
+            SCOPED_TRACE(name + " " + other);
+            const CollectionPtr compound = Make("{X1;Y1}");
+            EXPECT_EQ(Show(Apply(name, *compound, *Make(other))), "{X1;Y1}");
+            ClaimOperator(name, kCompoundRefused);
+            if (name != "^=") {
+                EXPECT_EQ(Show(Apply<Facade>(name, *Make(other), *compound)), other);
+                ClaimOperator(name, kCompoundRefused);
+            }
+            if (*other == '{')
+                continue;
+            EXPECT_EQ(Show(Apply<Facade>(name, *Make(other), *Make("-"))), other);
+            EXPECT_EQ(Show(Apply<Facade>(name, *Make("-"), *Make(other))), "-");
+        }
+    }
+}
+
+TEST_F(CollectionOperatorsTest, FramesThatCannotBePairedAreReported)
+{
+    for (const auto& [left, name, right, expected] : Rows<Txt, Txt, Txt, Txt>{
+             {"<X1;Z1;Z2>", "|=", "<X2;Z3>", "<X2;Z1;Z2>"},
+             {"<X1;Z1>", "-=", "<X1;Z1;Z1>", "<;Z1>"},
+             {"<X1>", "-=", "<X1;Z1>", "<>"},
+             {"X1", "-=", "<X1;Z1>", "X1<->"},
+         }) {
+        EXPECT_EQ(Show(Apply<Facade>(name, *Make(left), *Make(right))), expected);
+        ClaimOperator(name,
+                      L"Source and destination DACs have different number of frames. Operation is ignored.",
+                      1, L"CKivDSEnhancedMFCollection::");
+    }
+}
+
+TEST_F(CollectionOperatorsTest, OneAndTheSameOperandChangesNothingButEmptiesAPart)
+{
+    for (const std::string name : kAssignments) {
+        for (const Txt form : {"X1 Y1pr|M1", "<X1|M1;Z1>", "W1<X1;Z1>"}) {
+            const CollectionPtr a = Make(form);
+            const Facade shared(*a);
+            EXPECT_EQ(Show(Apply(name, *a, *a)), form) << name;
+            EXPECT_EQ(Show(Apply<Facade>(name, *a, shared)), form) << name;
+        }
+        const bool empties = name == "-=" || name == "/=";
+        const CollectionPtr owner = Make("X1 Y1pr M1m");
+        SetScope(*owner, "9");
+        Part& part = *SinglePart(*owner);
+        EXPECT_EQ(Show(Apply(name, part, part)), empties ? "" : "M1m X1 Y1pr") << name;
+        EXPECT_EQ(ScopeOf(*owner), empties ? "none" : "9") << name;
+        EXPECT_TRUE(part.IsMultiFrame());
+    }
+    const CollectionPtr a = Make("X1|L1 M1"), b = Make("|M1"); // one part shared, the other not
+    EXPECT_EQ(Show(*a -= Facade(SinglePart(*a), MultiPart(*b))), "X1|L1");
+}
+
+TEST_F(CollectionOperatorsTest, OperatorsCarryTheMultiFrameFlagAndLeaveScopesAlone)
+{
+    for (const std::string name : kAssignments) {
+        const CollectionPtr left = Make("X1"), right = Make("M1m");
+        SetScope(*left, "8");
+        SetScope(*right, "9");
+        Apply(name, *SinglePart(*left), *SinglePart(*right));
+        EXPECT_EQ(SinglePart(*left)->IsMultiFrame(), name != "-=" && name != "/=") << name;
+        EXPECT_EQ(ScopeOf(*left), "8") << name;
+    }
+    const CollectionPtr source = Make("M1m"), target = Make("X1");
+    SetScope(*source, "9");
+    EXPECT_TRUE(source->RemoveAttribute(Tag('M')));
+    const Part& flagged = *SinglePart(*source); // empty, with its flag and its scope
+    EXPECT_FALSE(*Make("") == *source);
+    *SinglePart(*target) = flagged;
+    EXPECT_TRUE(*SinglePart(*target) == flagged);
+    EXPECT_EQ(ScopeOf(*target), "9");
+    const std::unique_ptr<Part> quotient(flagged | flagged);
+    EXPECT_TRUE(!quotient->IsMultiFrame() && *quotient != flagged);
+}
+
+TEST_F(CollectionOperatorsTest, FreeOperatorsGiveNewCollections)
+{
+    const auto apply = [](const Facade& a, char name, const Facade& b) {
+        return CollectionPtr(name == '/' ? a / b : name == '^' ? a ^ b : a | b);
+    };
+    for (const auto& [left, name, right, expected] : Rows<Txt, char, Txt, Txt>{
+             {"X1 Y2", '/', "Y2 Z3", ""},
+             {"Y2", '/', "Y5p", "Y5p"},
+             {"X1p Y1p", '/', "X2 Y2", ""},
+             {"X1r", '/', "X2r", "X2r"},
+             {"X1 Y2", '^', "Y2 Z3", "Y2"},
+             {"X1p Y2r Z3", '^', "X1 Y2 Z4", "X1p Y2r"}, // the left side's
+             {"X1p Y2r Z3", '|', "X1 Y2 Z4", "X1 Y2"},   // the right side's
+             {"X1|L1 M1,2", '/', "X2|L1 M1,3", "X2|M1,3"},
+             {"X1|L1 M1,2", '^', "X1|M1,2", "X1|M1,2"},
+             {"X1|M1,2", '/', "X2", "X2"},
+             {"X1", '|', "X1|M1", "X1"},
+             {"X1|", '^', "X1|M1", "X1|"},
+             {"<X1|M1;Z1>", '^', "X1|M1", "X1|M1"},
+             {"X1", '/', "<X2;X3>", "X2"},
+             {"<-;Z1>", '|', "X1", ""},
+         }) {
+        SCOPED_TRACE(std::string(left) + "  " + name + "  " + right);
+        CollectionPtr a = Make(left), b = Make(right);
+        SetScope(*a, "9");
+        ClaimAll(); // one without a regular part refuses it
+        const CollectionPtr result = apply(*a, name, *b);
+        EXPECT_EQ(Show(*b), right);
+        a.reset();
+        b.reset();
+        EXPECT_EQ(Show(*result), expected);
+        EXPECT_EQ(result->GetScope(), nullptr);
+    }
+    for (const char name : {'/', '^', '|'}) {
+        for (const auto& [a, b, report] :
+             Rows<Txt, Txt, Wide>{{"{X1}", "X1", kCompoundRefused},
+                                  {"X1", "{X1}", kCompoundRefused},
+                                  {"-", "{X1}", kCompoundRefused},
+                                  {"-", "X1", L"Attribute collection not properly initialized"},
+                                  {"X1", "-", L"Attribute collection not properly initialized"}}) {
+            EXPECT_EQ(Show(*apply(*Make(a), name, *Make(b))), "");
+            ClaimOperator({name}, report, 0, L"");
+        }
+    }
+}
+
+TEST_F(CollectionOperatorsTest, EqualityGoesPartByPart)
+{
+    for (const auto& [left, right, equal] : Rows<Txt, Txt, bool>{
+             {"", "", true},
+             {"X1 Y2", "X1 Y2", true},
+             {"X1", "X1pr", true},
+             {"X1", "X2", false},
+             {"X1", "Y1", false},
+             {"X1", "X1 Y1", false},
+             {"X1+2", "X1,2", false},
+             {"X1|M1,2", "X1|M1,2", true},
+             {"X1|M1,2", "X1|M1,3", false},
+             {"X1|", "X1", false},
+             {"X1|", "X1|", true},
+             {"X1|M1", "X1|M1s", false},
+             {"-", "-", false},
+             {"-", "X1", false},
+             {"<X1;Z1>", "<X1;Z1>", true},
+             {"<X1>", "<X1;>", false},
+             {"<X1;Z1>", "<X1;Z2>", false},
+             {"<X1;Z1>", "<Y1;Z1>", false},
+             {"<X1>", "X1", false},
+             {"W1<X1;Z1>", "<X1;Z1>", true},
+         }) {
+        SCOPED_TRACE(std::string(left) + "  " + right);
+        const CollectionPtr a = Make(left), b = Make(right);
+        SetScope(*b, "9"); // which takes no part
+        const Allocations allocations;
+        EXPECT_EQ(*a == *b, equal);
+        EXPECT_EQ(*b == *a, equal);
+        EXPECT_EQ(*a != *b, !equal);
+        EXPECT_TRUE(*a == *a);
+        EXPECT_EQ(allocations.Count(), 0);
+    }
+    const CollectionPtr compound = Make("{X1}");
+    for (const Txt other : {"{X1}", "X1", "-"}) {
+        EXPECT_FALSE(*compound == *Make(other) || *compound == *compound);
+        EXPECT_TRUE(*Make(other) != *compound);
+        for (int i = 0; i < 3; ++i)
+            ClaimOperator("==", kCompoundRefused);
+    }
+}
+
+TEST_F(CollectionOperatorsTest, AssignmentCopiesInPlace)
+{
+    for (const auto& [left, right, expected, scope, report] : Rows<Txt, Txt, Txt, Txt, Wide>{
+             {"X1", "Y2 Z3p", "Y2 Z3p", "9", nullptr},
+             {"X1", "Y2|M1", "Y2|M1", "9", nullptr},
+             {"X1|L1", "Y2|M1", "Y2|M1", "9", nullptr},
+             {"X1|L1", "Y2", "Y2|L1", "9", nullptr},
+             {"X1|L1", "{X1 Y1|M1;X2;Y1}", "X1+2 Y1|M1", "none", nullptr},
+             {"X1|L1", "{}", "|L1", "none", nullptr},
+             {"X1|L1", "<Y1;Z1>", "X1|L1<Y1;Z1>", "9", nullptr},
+             {"X1", "-", "X1", "8", nullptr},
+             {"-", "X1", "-", "none", nullptr},
+             {"<X1>", "Y1", "<X1>", "8", kEnhancedRefused},
+             {"Z1<X1>", "Z1<X1>", "Z1<X1>", "8", kEnhancedRefused},
+             {"{X1}", "Y1", "{X1}", "8", kCompoundRefused},
+             {"{X1}", "-", "{X1}", "8", kCompoundRefused},
+         }) {
+        SCOPED_TRACE(std::string(left) + " = " + right);
+        const CollectionPtr a = Make(left);
+        CollectionPtr b = Make(right);
+        SetScope(*a, "8");
+        SetScope(*b, "9");
+        const Facade sharing(*a);
+        EXPECT_EQ(&(*a = *b), a.get());
+        b.reset();
+        if (report)
+            ClaimOperator("=", report);
+        EXPECT_EQ(Show(*a), expected);
+        EXPECT_EQ(ScopeOf(*a), scope);
+        if (SinglePart(*a)) {
+            EXPECT_EQ(Show(*SinglePart(sharing)), Show(*SinglePart(*a)));
+        }
+    }
+}
+
+TEST_F(CollectionOperatorsTest, NullMembersOfACompoundOperandAreReported)
+{
+    struct Holed : CKivDSCompoundCollection
+    {
+        Facade* GetCollection(int index, bool deep) override
+        {
+            return index == 1 ? nullptr : CKivDSCompoundCollection::GetCollection(index, deep);
+        }
+    };
+    auto holed = std::make_unique<Holed>();
+    for (const Txt member : {"X1 Y1", "Z1", "Y2"})
+        EXPECT_TRUE(holed->AddCollection(Make(member).get(), false));
+    const Facade b(holed.release());
+    EXPECT_EQ(Show(*Make("X1 Y2 Z1") ^= b), "X1 Y2");
+    EXPECT_EQ(Show(*Make("W1") = b), "X1 Y1+2");
+    for (const Txt name : {"^=", "="})
+        ClaimOperator(name, L"Invalid null DICOM attribute collection in compound attribute collection", 1);
+}
+
+TEST_F(CollectionOperatorsTest, OnlyWhatEndsUpInAResultIsCopied)
+{
+    for (const auto& [left, name, right, copied] : Rows<Txt, Txt, Txt, int>{
+             {"W1 X1 Y2 Z3", "-=", "X1 Y3 Z3", 0},
+             {"W1 X1 Y2 Z3", "/=", "X1 Y3 Z3", 0},
+             {"W1 X1 Y2 Z3", "^=", "X1 Y3 Z3", 0},
+             {"W1 X1 Z3", "+=", "X1 Y3 Z3", 1},
+             {"W1 X1", "|=", "X1p Y2 Z3", 2},
+         }) {
+        const CollectionPtr a = Make(left), b = Make(right);
+        const Allocations allocations;
+        Apply(name, *a, *b);
+        EXPECT_LE(allocations.Count(), 2 * copied) << name; // the attribute and its map node
+    }
+}
+
+TEST_F(CollectionOperatorsTest, EveryAllocationMayFailAndLeavesSoundCollections)
+{
+    const std::function<void(Facade&, const Facade&)> operations[] = {
+        [](Facade& a, const Facade& b) { Apply("+=", a, b); },
+        [](Facade& a, const Facade& b) { Apply("*=", a, b); },
+        [](Facade& a, const Facade& b) { Apply("^=", a, b); },
+        [](Facade& a, const Facade& b) { Apply("|=", a, b); },
+        [](Facade& a, const Facade& b) { a = b; },
+        [](Facade& a, const Facade& b) { CollectionPtr(a / b), CollectionPtr(a ^ b), CollectionPtr(a | b); },
+        [](Facade&, const Facade& b) { const Facade copy(b, true); },
+        [](Facade&, const Facade& b) { const Facade frame(b, 1, true); },
+        [](Facade&, const Facade& b) { CollectionPtr(Facade::ConvertCompoundToFlatCollection(b)); },
+        [](Facade& a, const Facade& b) { Facade::MergeCollections(b, b, a); },
+        [](Facade& a, const Facade& b) { a.UpdateSingleFrameCollection(b, true); },
+        [](Facade& a, const Facade&) {
+            Facade *single = nullptr, *multi = nullptr;
+            a.Split(single, multi, true);
+            delete single;
+            delete multi;
+        },
+        [](Facade&, const Facade& b) {
+            Facade copy(b);
+            CKivDSDicomAttributeCollectionIterator(copy, true, true).GetFirstAttribute();
+        },
+    };
+    for (const Txt right : {"X1 Y2,3,4,5,6,7|L1 M1,2", "{X1+2|M1;Y1r}", "<X1 N2|M1,2;Z1;Z2>"}) {
+        for (const auto& operation : operations) {
+            const CollectionPtr b = Make(right);
+            SetScope(*b, "9");
+            bool failed = true;
+            for (int n = 0; failed; ++n) {
+                const CollectionPtr a = Make("X2 Y2,3,4,5,6,7|M1");
+                {
+                    const Allocations failing(n, Allocations::Later::Succeed);
+                    operation(*a, *b);
+                    failed = failing.Failed();
+                }
+                ASSERT_EQ(Show(*b), right);
+                ASSERT_NE(Show(*a), "-");
+                ASSERT_LT(n, 1000);
+            }
+        }
+    }
+    EXPECT_GT(ClaimAll(), 0u);
+}
+
+} // namespace
+} // namespace kivds::test

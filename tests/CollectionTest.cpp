@@ -1,0 +1,363 @@
+// The facade and its parts: forms, routing, adding, finding, counting, removing, sharing, ownership.
+#include "tests/support/FailingNew.h"
+#include "tests/support/Notation.h"
+#include "tests/support/Reports.h"
+
+#include <functional>
+#include <thread>
+
+namespace kivds::test {
+namespace {
+
+using CollectionTest = ReportTest;
+
+TEST_F(CollectionTest, EveryFormAnswersEveryQuery)
+{
+    constexpr long X = 77; // the operation fails and leaves its output alone; frames: known, and how many
+    for (const auto& [form, is, all, single, multi, framesKnown, frames] :
+         Rows<Txt, Txt, long, long, long, bool, int>{
+             {"-", "", X, X, X, false, X},
+             {"", "good", 0, 0, 0, true, 0},
+             {"X1 N2", "good", 2, 2, 0, true, 0},
+             {"X1 N2|M1,2", "good multi", 3, 2, 1, true, 2},
+             {"X1|M1,2", "good multi", 2, 1, 1, false, 0},
+             {"X1|", "good multi", 1, 1, 0, false, 0},
+             {"X1|M1s", "good multi", 2, 1, 1, false, 0},
+             {"{}", "good compound", 0, X, X, false, 0},
+             {"{X1;X1 Y1|M1}", "good multi compound", 4, X, X, true, 0},
+             {"{X1|M1;N2|M1,2}", "good multi compound", 4, X, X, true, 2},
+             {"<-;Y1>", "good enhanced", X, X, X, false, X},
+             {"<X1>", "good enhanced", 1, 1, 0, false, 0},
+             {"<X1|M1,2;Y1;Y2;Y3>", "good multi enhanced", 2, 1, 1, true, 3},
+             {"Z1 Z2<X1 Y1;Y1>", "good enhanced", 2, 2, 0, true, 1},
+         }) {
+        SCOPED_TRACE(form);
+        const CollectionPtr facade = Make(form);
+        const auto says = [said = std::string(is)](Txt word) { return said.find(word) != std::string::npos; };
+        EXPECT_EQ(facade->IsGood(), says("good"));
+        EXPECT_EQ(facade->IsMultiFrame(), says("multi"));
+        EXPECT_EQ(facade->IsCompoundCollection(), says("compound"));
+        EXPECT_EQ(facade->IsEnhancedMFCollection(), says("enhanced"));
+        const auto expectCount = [&facade](long expected, auto ask) {
+            long count = X;
+            EXPECT_EQ(((*facade).*ask)(&count), expected != X);
+            EXPECT_EQ(count, expected);
+            EXPECT_FALSE(((*facade).*ask)(nullptr));
+        };
+        expectCount(all, &Facade::GetNumberOfAttributes);
+        expectCount(single, &Facade::GetNumberOfSingleFrameAttributes);
+        expectCount(multi, &Facade::GetNumberOfMultiFrameAttributes);
+        if (says("compound")) {
+            Claim(L"CKivDSDicomAttributeCollection::GetNumberOfSingleFrameAttributes", kCompoundRefused);
+            Claim(L"CKivDSDicomAttributeCollection::GetNumberOfMultiFrameAttributes", kCompoundRefused);
+        }
+        int count = X;
+        EXPECT_EQ(facade->GetNumberOfFrames(&count), framesKnown);
+        EXPECT_EQ(count, frames);
+        EXPECT_FALSE(facade->GetNumberOfFrames(nullptr));
+        EXPECT_TRUE(NothingReported());
+    }
+}
+
+TEST_F(CollectionTest, ChangesAreRefusedByCompoundAndEmptyFacades)
+{
+    const AttributePtr y = MakeAttribute("Y1");
+    for (const auto& [name, run, whenEmpty] : Rows<std::wstring, std::function<bool(Facade&)>, Wide>{
+             {L"AddAttribute", [&](Facade& f) { return f.AddAttribute(y.get(), true); }, nullptr},
+             {L"RemoveAttribute", [](Facade& f) { return f.RemoveAttribute(Tag('X')); },
+              L"Attribute collection not properly initialized"},
+             {L"RemoveAllAttributes", &Facade::RemoveAllAttributes, nullptr},
+             {L"RemoveAllSingleFrameAttributes", &Facade::RemoveAllSingleFrameAttributes, nullptr},
+             {L"RemoveAllMultiFrameAttributes", &Facade::RemoveAllMultiFrameAttributes, nullptr},
+             {L"GetMapPtr", [](Facade& f) { return PartAccess::MapOf(f) != nullptr; }, nullptr},
+             {L"GetMultiFrameMapPtr", [](Facade& f) { return PartAccess::MultiFrameMapOf(f) != nullptr; },
+              nullptr},
+             {L"Dump", [](Facade& f) { return f.Dump(), false; }, nullptr},
+         }) {
+        const std::wstring function = L"CKivDSDicomAttributeCollection::" + name;
+        const CollectionPtr compound = Make("{X1}");
+        EXPECT_FALSE(run(*compound));
+        Claim(function.c_str(), kCompoundRefused);
+        EXPECT_EQ(Show(*compound), "{X1}");
+        EXPECT_FALSE(run(*Make("-")));
+        if (whenEmpty)
+            Claim(function.c_str(), whenEmpty);
+    }
+}
+
+TEST_F(CollectionTest, AddingReplacesOrAccumulatesAndDeletesWhatItDoesNotKeep)
+{
+    for (const auto& [held, added, merge, expected, heldDeleted, addedDeleted] :
+         Rows<Txt, Txt, bool, Txt, int, int>{
+             {"Y1", "X2", true, "X2 Y1", 0, 0},
+             {"X1", "X2", true, "X2", 1, 0},
+             {"X1", "X2", false, "X2", 1, 0},
+             {"X1", "X2r", true, "X1+2", 0, 1},
+             {"X1", "X2r", false, "X2r", 1, 0},
+             {"X1r", "X2", true, "X2", 1, 0},
+             {"X1", "X1r", true, "X1+1", 0, 1},
+             {"X1", "X2pr", true, "X1+2", 0, 1},
+             {"X1", "X2m", true, "X1|X2", 0, 0},
+             {"X1m", "X2m", true, "|X2", 1, 0},
+             {"X1m", "X2", true, "X2|X1", 0, 0},
+             {"X1m", "X2m", false, "|X2", 1, 0},
+         }) {
+        SCOPED_TRACE(std::string(held) + " " + added + (merge ? " merge" : ""));
+        int first = 0, second = 0;
+        CollectionPtr facade = Make("");
+        ASSERT_TRUE(facade->AddAttribute(new CountedAttribute(held, &first), true));
+        auto* const attribute = new CountedAttribute(added, &second);
+        for (int again = 0; again < 2 && !second; ++again) { // the very object that is held changes nothing
+            EXPECT_TRUE(facade->AddAttribute(attribute, merge));
+            EXPECT_EQ(Show(*facade), expected);
+            EXPECT_EQ(first, heldDeleted);
+            EXPECT_EQ(second, addedDeleted);
+        }
+        facade.reset();
+        EXPECT_EQ(first + second, 2);
+    }
+    const CollectionPtr facade = Make("X1"); // of another representation: taken, and not accumulated
+    EXPECT_TRUE(facade->AddAttribute(Numbers(Tag('X'), {5}, true).release(), true));
+    EXPECT_EQ(Show(*facade), "X1");
+}
+
+TEST_F(CollectionTest, OnlyThePlainPathOfAddingSetsThePartsMultiFrameFlag)
+{
+    for (const bool merge : {false, true}) {
+        Part part;
+        EXPECT_TRUE(part.AddAttribute(MakeAttribute("X1").release(), merge));
+        EXPECT_FALSE(part.IsMultiFrame());
+        EXPECT_TRUE(part.AddAttribute(MakeAttribute("X1m").release(), merge));
+        EXPECT_EQ(part.IsMultiFrame(), !merge);
+        EXPECT_TRUE(part.AddAttribute(MakeAttribute("Y1m").release(), merge));
+        EXPECT_TRUE(part.RemoveAllMultiFrameAttributes());
+        EXPECT_TRUE(part.IsMultiFrame());
+    }
+}
+
+TEST_F(CollectionTest, RemovalSparesWhatIsPrivateButForThePartsMultiFrameRemoval)
+{
+    using Remove = bool (Facade::*)();
+    for (const auto& [remove, before, after, done] : Rows<Remove, Txt, Txt, bool>{
+             {&Facade::RemoveAllAttributes, "X1 Y2p|M1,2 K1p", "Y2p|K1p", true},
+             {&Facade::RemoveAllAttributes, "X1m Y1", "", true},
+             {&Facade::RemoveAllSingleFrameAttributes, "X1 Y2p|M1,2", "Y2p|M1,2", true},
+             {&Facade::RemoveAllMultiFrameAttributes, "X1|M1 K1p #1prs", "X1|K1p #1prs", true},
+             {&Facade::RemoveAllMultiFrameAttributes, "X1", "X1", false},
+             {&Facade::RemoveAllAttributes, "<X1 Y1p|M1;Z1>", "<Y1p|;Z1>", true},
+             {&Facade::RemoveAllMultiFrameAttributes, "<X1|M1;Z1>", "<X1|;Z1>", true},
+             {&Facade::RemoveAllSingleFrameAttributes, "W1<X1|M1;Z1>", "W1<|M1;Z1>", true},
+         }) {
+        const CollectionPtr facade = Make(before);
+        EXPECT_EQ(((*facade).*remove)(), done) << before;
+        EXPECT_EQ(Show(*facade), after);
+    }
+    const CollectionPtr mixed = Make("X1 Y1p K1m L1pm");
+    Part& part = *SinglePart(*mixed);
+    long multi = 0, single = 0;
+    EXPECT_TRUE(part.GetNumberOfMultiFrameAttributes(&multi) &&
+                part.GetNumberOfSingleFrameAttributes(&single));
+    EXPECT_EQ(std::pair(multi, single), std::pair(2L, 2L));
+    EXPECT_TRUE(part.RemoveAllSingleFrameAttributes());
+    EXPECT_EQ(Show(part), "K1m L1pm Y1p");
+    EXPECT_TRUE(part.RemoveAllMultiFrameAttributes());
+    EXPECT_EQ(Show(part), "Y1p");
+
+    const CollectionPtr both = Make("X1|X2 M3");
+    for (const Txt left : {"|M3 X2", "|M3", "|M3"}) {
+        const std::string before = Show(*both);
+        EXPECT_EQ(both->RemoveAttribute(Tag('X')), before != left);
+        EXPECT_EQ(Show(*both), left);
+    }
+}
+
+TEST_F(CollectionTest, LookupsSearchThePartsAskedFor)
+{
+    // "Q1" is what the caller put there, and what stays there when nothing is found.
+    for (const auto& [form, letter, single, multi, result, has] : Rows<Txt, char, bool, bool, Txt, bool>{
+             {"X1|X2 M3", 'X', true, true, "X1", true},
+             {"X1|X2 M3", 'X', true, false, "X1", true},
+             {"X1|X2 M3", 'X', false, true, "X2m", true},
+             {"X1|X2 M3", 'X', false, false, "Q1", false},
+             {"X1|X2 M3", 'M', true, true, "M3m", false},
+             {"X1|X2 M3", 'M', false, true, "M3m", true},
+             {"X1|X2 M3", 'M', true, false, "Q1", false},
+             {"X1", 'X', false, true, "Q1", false},
+             {"{Y1;X1;X2}", 'X', true, true, "X1", true},
+             {"{X1;X1|X2}", 'X', false, true, "X2m", true},
+             {"<X1|M2;Y1>", 'M', true, true, "M2m", false},
+             {"<X1|M2;Y1>", 'Y', true, true, "Q1", false},
+             {"Y1<X1;Z1>", 'Y', true, true, "Q1", false},
+             {"<-;Y1>", 'Y', true, true, "Q1", false},
+             {"-", 'X', true, true, "Q1", false},
+         }) {
+        SCOPED_TRACE(std::string(form) + " " + letter);
+        const CollectionPtr facade = Make(form);
+        const AttributePtr before = MakeAttribute("Q1");
+        const CKivDSDicomAttribute* found = before.get();
+        CKivDSDicomAttribute* pointer = before.get();
+        const Allocations allocations;
+        const bool hit = *result != 'Q';
+        EXPECT_EQ(facade->GetAttribute(Tag(letter), &found, single, multi), hit);
+        EXPECT_EQ(facade->GetAttributePtr(Tag(letter), &pointer, single, multi), hit);
+        EXPECT_EQ(facade->HasAttribute(Tag(letter), single, multi), has);
+        EXPECT_EQ(allocations.Count(), 0);
+        EXPECT_EQ(found, pointer);
+        EXPECT_EQ(Show(Tag(*result), *found, false), result);
+    }
+}
+
+TEST_F(CollectionTest, PartsReportNullPointersAndMissesLeaveNull)
+{
+    Part part;
+    const AttributePtr other = MakeAttribute("Q1");
+    const CKivDSDicomAttribute* found = other.get();
+    CKivDSDicomAttribute* pointer = other.get();
+    EXPECT_FALSE(part.GetAttribute(Tag('X'), &found) || part.GetAttributePtr(Tag('X'), &pointer));
+    EXPECT_TRUE(!found && !pointer);
+    struct Nameless : CKivDSDicomAttribute
+    {
+        bool GetTag(unsigned long*) const override { return false; }
+    } nameless;
+    const auto expectReport = [this](bool done, const std::wstring& name, Wide message) {
+        EXPECT_FALSE(done);
+        Claim((L"CKivDSBaseDicomAttributeCollection::" + name).c_str(), message);
+    };
+    const Wide nullOutput = L" Null output pointer parameter ";
+    expectReport(part.GetAttribute(Tag('X'), nullptr), L"GetAttribute", nullOutput);
+    expectReport(part.GetAttributePtr(Tag('X'), nullptr), L"GetAttributePtr", nullOutput);
+    expectReport(part.GetNumberOfAttributes(nullptr), L"GetNumberOfAttributes", nullOutput);
+    expectReport(part.AddAttribute(nullptr, true), L"AddAttribute", L" Null input parameter ");
+    expectReport(Make("")->AddAttribute(nullptr, true), L"AddAttribute", L" Null input parameter ");
+    expectReport(part.AddAttribute(&nameless, true), L"AddAttribute", L" Unable to retrieve attribute tag ");
+}
+
+TEST_F(CollectionTest, AFrameCountThatCannotBeReadIsReported)
+{
+    const CollectionPtr facade = Make("|M1,2");
+    const auto frames = [&](AttributePtr numberOfFrames) {
+        Add(*facade, std::move(numberOfFrames));
+        int count = 77;
+        const bool read = facade->GetNumberOfFrames(&count);
+        EXPECT_TRUE(read || count == 0);
+        return read ? count : -1;
+    };
+    EXPECT_EQ(frames(Attribute(Tag('N'), IS, "16\\9")), 16);
+    auto empty = std::make_unique<CKivDSDicomAttribute>();
+    empty->InitEmpty(Tag('N'), IS, false);
+    EXPECT_EQ(frames(std::move(empty)), -1);
+    Claim(L"CKivDSDicomAttribute::GetValue", L" Bad input / output parameters ");
+    EXPECT_EQ(frames(Attribute(Tag('N'), LO, "12345")), -1);
+    EXPECT_EQ(frames(Attribute(Tag('N'), US, std::string_view("\7\0", 2))), -1);
+    for (int i = 0; i < 3; ++i)
+        Claim(L"CKivDSBaseDicomAttributeCollection::GetNumberOfFrames",
+              L"Failed to retrieve the number of image frames");
+}
+
+TEST_F(CollectionTest, ShallowCopiesShareAndDeepCopiesDoNot)
+{
+    for (const auto& [form, shallow, deep] : Rows<Txt, Txt, Txt>{
+             // copies, after X2 was added to the original, or to the first member
+             {"", "X2", ""},
+             {"Y1|M1,2", "X2 Y1|M1,2", "Y1|M1,2"},
+             {"-", "-", "-"},
+             {"{Y1;Z1|M1}", "{X2 Y1;Z1|M1}", "{Y1;Z1|M1}"},
+             {"<Y1;Z1>", "<X2 Y1;Z1>", "<X2 Y1;Z1>"}, // parts stay shared, the list of frames does not
+         }) {
+        SCOPED_TRACE(form);
+        CollectionPtr original = Make(form);
+        const Facade copies[] = {Facade(*original), Facade(*original, true)};
+        const CollectionPtr created[] = {CollectionPtr(Facade::CreateCollection(original.get(), false)),
+                                         CollectionPtr(Facade::CreateCollection(original.get(), true))};
+        CollectionPtr target(Compound(*original) ? Compound(*original)->GetCollection(0, false)
+                                                 : new Facade(*original));
+        AttributePtr added = MakeAttribute("X2");
+        if (target->AddAttribute(added.get(), true))
+            (void)added.release(); // the collection's now
+        target.reset();
+        original.reset();
+        EXPECT_EQ(Show(copies[0]), shallow);
+        EXPECT_EQ(Show(*created[0]), shallow);
+        EXPECT_EQ(Show(copies[1]), deep);
+        EXPECT_EQ(Show(*created[1]), deep);
+    }
+    const CollectionPtr source = Make("X1|M1");
+    EXPECT_EQ(Show(Facade(SinglePart(*source), nullptr)), "X1");
+    EXPECT_EQ(Show(Facade(nullptr, MultiPart(*source))), "|M1");
+}
+
+TEST_F(CollectionTest, TheLastOfManyThreadsToHoldAPartDeletesIt)
+{
+    int deleted = 0;
+    CollectionPtr shared = Make("|M1,2");
+    Add(*shared, std::make_unique<CountedAttribute>("X1", &deleted));
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 3; ++i) {
+        threads.emplace_back([mine = std::make_unique<Facade>(*shared)]() mutable {
+            for (int n = 0; n < 2000; ++n)
+                const Facade copy(*mine);
+            mine.reset();
+        });
+    }
+    shared.reset();
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(deleted, 1);
+}
+
+TEST_F(CollectionTest, EntriesWithoutAnAttributeArePassedOver)
+{
+    int deleted = 0;
+    const CollectionPtr source = Make("W1 Z1");
+    Add(*source, std::make_unique<CountedAttribute>("X5", &deleted, 9));
+    Facade holed(*source, true);
+    Claim(L"CKivDSDicomAttributeFactory::CreateDicomAttribute", L"Unknown DICOM attribute type");
+    EXPECT_EQ(Show(holed), "W1 X? Z1");
+    long count = 0;
+    EXPECT_TRUE(holed.GetNumberOfAttributes(&count) && count == 3 &&
+                holed.HasAttribute(Tag('X'), true, true));
+    const CKivDSDicomAttribute* found = nullptr;
+    EXPECT_FALSE(holed.GetAttribute(Tag('X'), &found, true, true));
+    EXPECT_EQ(Text(holed), "(0011,0057)=[1] (0011,005a)=[1]"); // the iterator's walk
+    EXPECT_EQ(Stream(holed), Stream(*Make("W1 Z1")));
+    holed.Dump();
+    EXPECT_TRUE(holed == Facade(holed, true));
+    EXPECT_FALSE(holed == *Make("W1 X5 Z1"));
+    for (const auto& [op, onTheLeft, onTheRight] : Rows<Txt, Txt, Txt>{
+             // of "X2 Z1"
+             {"+=", "W1 X2 Z1", "W1 X2 Z1"},
+             {"*=", "W1 X2 Z1", "W1 X2 Z1"},
+             {"|=", "W1 X2 Z1", "W1 X2 Z1"},
+             {"-=", "W1 X?", "X2"},
+             {"/=", "W1", "X2"},
+             {"^=", "X? Z1", "Z1"},
+         }) {
+        EXPECT_EQ(Show(Apply<Facade>(op, *std::make_unique<Facade>(holed, true), *Make("X2 Z1"))), onTheLeft)
+            << op;
+        EXPECT_EQ(Show(Apply<Facade>(op, *Make("X2 Z1"), holed)), onTheRight) << op;
+    }
+    EXPECT_TRUE(holed.RemoveAllAttributes());
+    EXPECT_EQ(Show(holed), "X?");
+    EXPECT_TRUE(holed.AddAttribute(MakeAttribute("X3r").release(), true));
+    EXPECT_EQ(Show(holed), "X3r");
+}
+
+TEST_F(CollectionTest, TheDumpShowsPartAfterPartInTagOrder)
+{
+    using Lines = std::vector<std::string>;
+    Lines lines;
+    SetDumpListener([](void* context, Txt line) { static_cast<Lines*>(context)->push_back(line); }, &lines);
+    for (const Txt attribute : {"X1", "Y2", "M1,2m"})
+        MakeAttribute(attribute)->Dump();
+    const Lines expected = std::exchange(lines, {});
+    for (const Txt form : {"Y2 X1|M1,2", "Z1<Y2 X1|M1,2;Z1>"}) {
+        Make(form)->Dump();
+        EXPECT_EQ(std::exchange(lines, {}), expected) << form;
+    }
+    Make("-")->Dump();
+    EXPECT_TRUE(lines.empty());
+    SetDumpListener(nullptr, nullptr);
+}
+
+} // namespace
+} // namespace kivds::test

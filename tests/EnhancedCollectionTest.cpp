@@ -1,0 +1,201 @@
+// Enhanced multi-frame collections: the regular one, the frames, the complete collection of a frame, the
+// stream. Operators are in CollectionOperatorsTest.cpp, hostile streams in CollectionStreamTest.cpp.
+#include "tests/support/FailingNew.h"
+#include "tests/support/Hex.h"
+#include "tests/support/Notation.h"
+#include "tests/support/Reports.h"
+
+namespace kivds::test {
+namespace {
+
+using EnhancedCollectionTest = ReportTest;
+
+constexpr Wide kNullCollection = L"Null collection pointer as input parameter";
+
+TEST_F(EnhancedCollectionTest, CollectionsAreSharedOrCopied)
+{
+    const auto addedTo = [](bool deep) {
+        const CollectionPtr regular = Make("X1|M1"), frame = Make("Z1"), facade = Make("<Q1;Y1>");
+        EXPECT_TRUE(Enhanced(*facade)->AddCollection(regular.get(), deep));
+        EXPECT_TRUE(Enhanced(*facade)->AddMFCollection(frame.get(), deep));
+        Add(*regular, MakeAttribute("X2"));
+        Add(*frame, MakeAttribute("Z2"));
+        return Show(*facade);
+    };
+    EXPECT_EQ(addedTo(false), "<X2|M1;Y1;Z2>");
+    EXPECT_EQ(addedTo(true), "<X1|M1;Y1;Z1>");
+
+    const auto copied = [](auto copy) {
+        const CollectionPtr facade = Make("<X1|M1;Y1;Z1>");
+        CKivDSEnhancedMFCollection& source = *Enhanced(*facade);
+        SetScope(source, "9");
+        const Facade owner(copy(source));
+        Add(*facade, MakeAttribute("X2"));
+        EXPECT_TRUE(source.AddMFCollection(Make("W1").get(), false));
+        return Show(owner) + ScopeOf(owner);
+    };
+    using Source = const CKivDSEnhancedMFCollection&;
+    EXPECT_EQ(copied([](Source source) { return new CKivDSEnhancedMFCollection(source); }), "<X2|M1;Y1;Z1>9");
+    EXPECT_EQ(copied([](Source source) { return new CKivDSEnhancedMFCollection(source, true); }),
+              "<X1|M1;Y1;Z1>9");
+    EXPECT_EQ(copied([](Source source) {
+                  auto assigned = std::make_unique<CKivDSEnhancedMFCollection>();
+                  EXPECT_TRUE(assigned->AddMFCollection(Make("Q1").get(), true));
+                  *assigned = source;
+                  CKivDSEnhancedMFCollection& itself = *assigned;
+                  *assigned = itself;
+                  return assigned.release();
+              }),
+              "<X1|M1;Y1;Z1>9");
+    CKivDSEnhancedMFCollection enhanced;
+    EXPECT_FALSE(enhanced.AddCollection(nullptr, false));
+    Claim(L"CKivDSEnhancedMFCollection::AddCollection", kNullCollection);
+    EXPECT_FALSE(enhanced.AddMFCollection(nullptr, false));
+    Claim(L"CKivDSEnhancedMFCollection::AddMFCollection", kNullCollection);
+}
+
+TEST_F(EnhancedCollectionTest, NoneIsPutIntoItself)
+{
+    for (const Txt form : {"<X1;Z1>", "W1<X1;Z1>"}) {
+        const CollectionPtr facade = Make(form);
+        EXPECT_TRUE(Enhanced(*facade)->AddCollection(facade.get(), false));
+        EXPECT_EQ(Enhanced(static_cast<const Facade&>(*Enhanced(*facade))), nullptr) << form;
+        EXPECT_FALSE(Enhanced(*facade)->AddMFCollection(facade.get(), true));
+        Claim(L"CKivDSEnhancedMFCollection::AddMFCollection", kEnhancedRefused);
+    }
+    const CollectionPtr facade = Make("{<X1;Z1>}");
+    const CollectionPtr member(Compound(*facade)->GetCollection(0, false));
+    EXPECT_FALSE(Enhanced(*member)->AddMFCollection(facade.get(), false));
+    Claim(L"CKivDSEnhancedMFCollection::AddMFCollection", kEnhancedRefused);
+    EXPECT_TRUE(Enhanced(*member)->AddMFCollection(Make("{X1}").get(), false));
+    EXPECT_FALSE(Compound(*facade)->AddCollection(Compound(*facade), false));
+    Claim(L"CKivDSCompoundCollection::AddCollection",
+          L"Using a compound collection inside a compound collection");
+}
+
+TEST_F(EnhancedCollectionTest, TheRegularCollectionIsHandedOut)
+{
+    const CollectionPtr facade = Make("<X1|M1;Z1>");
+    for (const bool deep : {false, true}) {
+        const CollectionPtr regular(Enhanced(*facade)->GetCollection(deep));
+        EXPECT_EQ(Show(*regular), "X1|M1");
+        EXPECT_EQ(SinglePart(*regular) == SinglePart(*Enhanced(*facade)), !deep);
+        EXPECT_EQ(MultiPart(*regular) == MultiPart(*Enhanced(*facade)), !deep);
+    }
+    CKivDSEnhancedMFCollection none;
+    EXPECT_EQ(none.GetCollection(true), nullptr);
+    Claim(L"CKivDSEnhancedMFCollection::GetCollection", L"Object not properly initialized ");
+}
+
+TEST_F(EnhancedCollectionTest, AFramesCompleteCollectionUnitesRegularAndOwnAttributes)
+{
+    for (const auto& [object, indexOf, expected] : Rows<Txt, int, Txt>{
+             {"<X1 N3;Y0;X2 Y1;Y2>", 1, "X1+2 Y1 N1"},
+             {"<X1|M5,6,7;Y0;Y1;Y2>", 2, "X1 Y2|M6s #2prs"},
+             {"<X1|M5;Y0>", 0, "X1 Y0|#0prs"},
+             {"<X1r;X1r>", 0, "X1+1r"},
+             {"<X1;|M1 N2,5>", 0, "X1|M1 N1,5"}, // the frame's own, multi-frame
+             {"<X1;Y1 N8>", 0, "X1 Y1 N1"},
+             {"<X1;<Y1;Z1>>", 0, "X1 Y1"},
+             {"<X1;->", 0, "X1"},
+         }) {
+        SCOPED_TRACE(object);
+        const CollectionPtr facade = Make(object);
+        const CollectionPtr complete(Enhanced(*facade)->GetMFCollection(indexOf));
+        EXPECT_EQ(Show(*complete), expected);
+        Add(*complete, MakeAttribute("X9"));
+        EXPECT_EQ(Show(*facade), object);
+    }
+    const CollectionPtr text = Make("<;>"); // Number of Frames that holds no integers stays as it is
+    Add(*text, Attribute(0x00280008, LO, "12345"));
+    EXPECT_EQ(Text(*CollectionPtr(Enhanced(*text)->GetMFCollection(0))), "(0028,0008)=[12345]");
+    for (const int index : {-1, 1}) {
+        EXPECT_EQ(Enhanced(*text)->GetMFCollection(index), nullptr);
+        Claim(L"CKivDSEnhancedMFCollection::GetMFCollection", L"Invalid multiframe collection index ");
+    }
+}
+
+TEST_F(EnhancedCollectionTest, TheStreamIsTheRegularOneTheFramesAndATotal)
+{
+    const CollectionPtr facade = Make("<X1|M1,2;;Y1>");
+    CKivDSEnhancedMFCollection& enhanced = *Enhanced(*facade);
+    const std::string own = Stream(static_cast<Facade&>(enhanced));
+    EXPECT_EQ(Hex(own), Hex(Stream(*Make("X1|M1,2")) + Bytes("02000000") + Stream(*Make("")) +
+                            Stream(*Make("Y1")) + own.substr(own.size() - 4)));
+    const auto total = static_cast<unsigned char>(own[own.size() - 4]) +
+                       256 * static_cast<unsigned char>(own[own.size() - 3]);
+    EXPECT_EQ(static_cast<std::size_t>(total), own.size());
+    EXPECT_EQ(Stream(*facade).substr(0, own.size() + 2), "\7\2" + own);
+    EXPECT_EQ(Stream(*facade).size(), own.size() + 6);
+    EXPECT_EQ(Stream(static_cast<Facade&>(*Enhanced(*Make("<X1>")))).size(), Stream(*Make("X1")).size() + 8);
+
+    for (const bool bounded : {true, false}) {
+        const CollectionPtr target =
+            Make("<Q1|L1;Z1>"); // frames are appended; the regular collection is replaced
+        int size = 0;
+        EXPECT_TRUE(bounded ? Enhanced(*target)->Deserialize(own.data(), total, size, true)
+                            : Enhanced(*target)->Deserialize(own.data(), size, true));
+        EXPECT_EQ(size, total);
+        EXPECT_EQ(Show(*target), "<X1|M1,2;Z1;;Y1>");
+    }
+    std::string disturbed = own; // the total that the stream states is what the unbounded form tells
+    disturbed[own.size() - 4] = '\5';
+    disturbed[own.size() - 3] = '\0';
+    CKivDSEnhancedMFCollection read;
+    int size = 0;
+    EXPECT_TRUE(read.Deserialize(disturbed.data(), size, true));
+    EXPECT_EQ(size, 5);
+    EXPECT_TRUE(read.Deserialize(disturbed.data(), total, size, true));
+    EXPECT_EQ(size, total);
+    const std::string old = Bytes("00000000 02000000 00000000 00000000 14000000"); // without headers
+    EXPECT_TRUE(read.Deserialize(old.data(), 20, size, false));
+    EXPECT_EQ(size, 20);
+    EXPECT_EQ(read.GetNumberOfMFCollections(), 6);
+}
+
+TEST_F(EnhancedCollectionTest, WhatCannotBeWrittenIsReported)
+{
+    for (const auto& [form, onLength, onWriting] : Rows<Txt, Wide, Wide>{
+             {"<-;X1>", L"Failed to retrieve the size of the regular collection",
+              L"Failed to serialize the regular collections"},
+             {"<X1;Y1;->", L"Failed to get the size of the emf collection",
+              L"Failed to deserialize the emf collection"},
+         }) {
+        const CollectionPtr facade = Make(form);
+        char buffer[512];
+        for (Facade* const object : {static_cast<Facade*>(Enhanced(*facade)), facade.get()}) {
+            int size = 77;
+            EXPECT_TRUE(object->Serialize(nullptr, size));
+            Claim(L"CKivDSEnhancedMFCollection::GetSize", onLength);
+            EXPECT_EQ(size, 0);
+            size = 77;
+            EXPECT_FALSE(object->Serialize(buffer, size));
+            Claim(L"CKivDSEnhancedMFCollection::Serialize", onWriting);
+            EXPECT_EQ(size, 77);
+        }
+    }
+    const CollectionPtr members = Make("<X1;{Y1}>");
+    int size = 77;
+    EXPECT_TRUE(members->Serialize(nullptr, size));
+    Claim(L"CKivDSDicomAttributeCollection::Serialize", kCompoundRefused);
+    Claim(L"CKivDSEnhancedMFCollection::GetSize", L"Failed to get the size of the emf collection");
+    EXPECT_EQ(size, 0);
+}
+
+TEST_F(EnhancedCollectionTest, CompletingAllFramesGrowsAsTheirNumber)
+{
+    const auto cost = [](int frames) {
+        const CollectionPtr facade = Make("<X1 Y1 Z1,2,3,4,5 N3>");
+        for (int i = 0; i < frames; ++i)
+            EXPECT_TRUE(Enhanced(*facade)->AddMFCollection(Make("A1 B2").get(), false));
+        const Allocations allocations;
+        for (int i = 0; i < frames; ++i)
+            EXPECT_TRUE(CollectionPtr(Enhanced(*facade)->GetMFCollection(i)));
+        return std::pair(allocations.Count(), allocations.Bytes());
+    };
+    const auto [count, bytes] = cost(200);
+    EXPECT_EQ(cost(400), std::pair(2 * count, 2 * bytes));
+}
+
+} // namespace
+} // namespace kivds::test
