@@ -41,8 +41,9 @@ foreach(SLICE 1 2 3)
     list(GET slice_uids ${i} SOP_INSTANCE)
     list(GET slice_z ${i} Z)
     list(GET slice_times ${i} TIME)
-    configure_file("${dumps}/ct_slice.dump.in" "${KIVDS_SAMPLES_DIR}/ct_series/${SLICE}.dump" @ONLY)
-    kivds_add_sample(ct_series/${SLICE} "${KIVDS_SAMPLES_DIR}/ct_series/${SLICE}.dump" --write-xfer-little)
+    set(dump "${PROJECT_BINARY_DIR}/ct_slice_${SLICE}.dump") # not among the samples, which the tool reads as a folder
+    configure_file("${dumps}/ct_slice.dump.in" "${dump}" @ONLY)
+    kivds_add_sample(ct_series/${SLICE} "${dump}" --write-xfer-little)
 endforeach()
 
 get_property(samples GLOBAL PROPERTY KIVDS_SAMPLES)
