@@ -210,7 +210,7 @@ void CKivDSCodeSequenceAttribute::RemakeValues(const Operation& op)
         return op.Report(noMemory);
     const auto keeps = [&](int i) {
         const SKivAGAttributeValue* const held = GetValuePtr(i);
-        const char* const text = GetCodePtr(i)->szCodeMeaning;
+        const char* const text = m_Codes[static_cast<std::size_t>(i)].szCodeMeaning;
         const std::size_t bytes = std::strlen(text) + 1;
         return held && held->eType == eAttrChar && held->nInSequenceIndex == i &&
                !IsPreallocatedData(held->pData) && held->nCount == static_cast<int>(bytes) &&

@@ -25,7 +25,8 @@ namespace {
 
 constexpr int kFacadeFrame = 6; // what a facade's stream puts around this one
 constexpr std::int64_t kMostMemoryPerByte = 16;
-constexpr std::int64_t kMemoryAllowance = 64 * 1024;
+constexpr std::int64_t kFrameCost =
+    sizeof(Facade) + sizeof(CKivDSBaseDicomAttributeCollection) + 2 * sizeof(void*);
 
 } // namespace
 
@@ -299,15 +300,19 @@ bool CKivDSEnhancedMFCollection::ReadEnhanced(ByteReader& reader, int& size, boo
     if (!reader.Deeper() || !PartAccess::Read(regular, reader, length, versioned))
         return op.Fail(L"Failed to deserialize the regular collections");
     const int count = reader.I32();
-    // The smallest frame of an old form takes far fewer bytes than the objects that would hold it.
-    constexpr std::int64_t frameCost =
-        sizeof(Facade) + sizeof(CKivDSBaseDicomAttributeCollection) + 2 * sizeof(void*);
-    if (count * frameCost > kMostMemoryPerByte * reader.Left() + kMemoryAllowance)
+    const int smallestFrame = versioned ? 5 : 4; // an empty one of an old form
+    if (count > reader.Left() / smallestFrame)
         reader.Fail();
     for (int i = 0; i < count; ++i) {
         const bool read = reader.Ok() && op.Guard(kivds::kUnexpectedError, [&] {
+            const int start = reader.Consumed();
             auto frame = std::make_unique<Facade>(true);
             if (!PartAccess::Read(*frame, reader, length, versioned))
+                return false;
+            // An empty frame of an old form takes far fewer bytes than the objects that hold it. The bytes of
+            // a stream nested in the frame account for what that holds.
+            const int bytes = frame->IsEnhancedMFCollection() ? kFacadeFrame : reader.Consumed() - start;
+            if (!reader.Afford(kFrameCost - kMostMemoryPerByte * bytes))
                 return false;
             m_MFCollections.push_back(frame.get());
             (void)frame.release(); // a frame now

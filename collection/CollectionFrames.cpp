@@ -189,8 +189,6 @@ bool Facade::UpdateSingleFrameCollection(const Facade& src, bool deep)
     if (RefuseCompoundAndEnhanced(op))
         return false;
     Part* const theirs = src.Regular().m_pSingleFrameCollection;
-    if (theirs && theirs == m_pSingleFrameCollection)
-        return true; // united with itself a collection stays as it is
     if (!m_pSingleFrameCollection) {
         m_pSingleFrameCollection = PartAccess::Share(theirs);
         return true;

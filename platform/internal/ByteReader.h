@@ -17,7 +17,9 @@ public:
     /// A reader for the forms that are given no length: only the totals that the stream declares bound it.
     static ByteReader Unbounded(const char* data) noexcept
     {
-        return ByteReader(data, std::numeric_limits<int>::max());
+        ByteReader reader(data, std::numeric_limits<int>::max());
+        reader.m_nAllowance = std::numeric_limits<std::int64_t>::max();
+        return reader;
     }
 
     bool Ok() const noexcept { return m_Ok; }
@@ -71,6 +73,14 @@ public:
     bool Deeper() noexcept { return ++m_Depth <= kMaxDepth || Fail(); }
     void Shallower() noexcept { --m_Depth; }
 
+    /// Takes `bytes` from the memory that a stream may ask for beyond what its own length accounts for;
+    /// false, and the reader fails, when that is used up. Negative: nothing is taken.
+    bool Afford(std::int64_t bytes) noexcept
+    {
+        m_nAllowance -= bytes > 0 ? bytes : 0;
+        return m_nAllowance >= 0 || Fail();
+    }
+
     /// A reader of the next `length` bytes alone, which narrows this one's limit and never widens it: when so
     /// many are not left, or `length` is negative, it has failed from the start. This reader stays where it
     /// is.
@@ -96,6 +106,7 @@ private:
     int m_Left;
     int m_Consumed = 0;
     int m_Depth = 0;
+    std::int64_t m_nAllowance = 48 * 1024;
     bool m_Ok = true;
 };
 
