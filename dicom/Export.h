@@ -1,0 +1,10 @@
+// The export macro of KivDSDicom, the adapter for DICOM files; see platform/Export.h.
+#pragma once
+
+#include "platform/Export.h"
+
+#if defined(KIV_BUILD_DICOM)
+#define KIV_DICOM_API KIV_EXPORT
+#else
+#define KIV_DICOM_API KIV_IMPORT
+#endif
