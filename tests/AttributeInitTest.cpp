@@ -1,0 +1,371 @@
+// From an element's bytes to values: the dispatch by representation, dates and times, texts and numbers.
+#include "tests/support/Attributes.h"
+#include "tests/support/Hex.h"
+
+#include <climits>
+
+namespace kivds::test {
+namespace {
+
+struct AttributeInitTest : AttributeTest
+{
+    /// Initialises from a text, and again without memory for it.
+    void Expect(int representation, int expected, const std::string& source, const std::string& values,
+                const std::vector<Report>& reports = {})
+    {
+        SCOPED_TRACE(source);
+        const Exact text(source); // what stands behind is not read
+        const auto init = [&](OpenAttribute& attribute) {
+            EXPECT_TRUE(attribute.InitFromDicomData(1, representation, text.Size(), text.Data(), nullptr,
+                                                    false, true, 3,
+                                                    expected)); // also when the conversion fails
+            EXPECT_TRUE(attribute.MustReplicate() && !attribute.IsPrivate());
+        };
+        OpenAttribute attribute;
+        init(attribute);
+        ClaimEach(reports);
+        EXPECT_EQ(Text(attribute), values);
+        for (int i = 0; const auto* value = attribute.GetValuePtr(i); ++i)
+            EXPECT_EQ(value->nInSequenceIndex, 3);
+        bool failed = reports.empty();
+        for (long failing = 0; failed; ++failing) {
+            OpenAttribute poor;
+            failed = Failing(failing, [&] { init(poor); });
+            EXPECT_TRUE(Text(poor) == values || Text(poor).empty()) << "whole values or none: " << Text(poor);
+            EXPECT_EQ(ClaimAll() > 0, failed);
+        }
+    }
+};
+
+// What is converted without a report: representation, expected count, "text>values|text>values|...".
+const std::tuple<int, int, const char*> kConversions[] = {
+    {DA, 1, R"(20240229>[2024 2 29]|2024.02.29>[2024 2 29]|2024x02\29>[2024 2 29]|20241345>[2024 13 45]|
+               + 1x 3-4>[0 3 -4]| +1x 3-4>[1 3 -4])"},
+    {DA, 2, R"(20240101\20240202 >[2024 1 1] [2024 2 2]|20240101\>[2024 1 1]|20240101 >[2024 1 1])"},
+    {DA, 0, R"(\20240101\\20240202 >[2024 1 1] [2024 2 2])"},
+    {TM, 1, R"(101530.25>[10 15 30 25]|10:15:30.250>[10 15 30 250]|101530.1234567>[10 15 30 123456]|
+               101530.000250>[10 15 30 250]|101530x5>[10 15 30 5]|101530.>[10 15 30 0]|10:15:30.>[10 15 30 0]|
+               10:15:30>[10 15 30 0]|1015>[10 15 0 0]|10153>[10 15 3 0]|10:1>[10 1 0 0]|10:>[10 0 0 0]|
+               10>[10 0 0 0]|1>[1 0 0 0]|\>[0 0 0 0])"},
+    {TM, 2, R"(101530\10:15 >[10 15 30 0] [10 15 0 0])"},
+    {DT, 1, R"(2024>[2024 0 0 0 0 0 0 0 0]|202+>[202 0 0 0 0 0 0 0 0]|2024022>[2024 2 0 0 0 0 0 0 0]|
+               202>[0 0 0 0 0 0 0 0 0]|20+40101>[0 0 0 0 0 0 0 0 0]|20240229+0100>[2024 2 29 0 0 0 0 0 0]|
+               20240229.5>[2024 2 29 0 0 0 0 0 0]|202402291015-01>[2024 2 29 10 15 0 0 0 0]|
+               20240229101530\20250101>[2024 2 29 10 15 30 0 0 0]|20240229101530.25>[2024 2 29 10 15 30 25 0 0]|
+               20240229101530.1234567>[2024 2 29 10 15 30 123456 0 0]|
+               20240229101530.000250+0130>[2024 2 29 10 15 30 250 1 30]|
+               20240229101530.5-0330>[2024 2 29 10 15 30 5 -3 -30]|
+               20240229101530.+0100>[2024 2 29 10 15 30 0 1 0]|20240229101530+>[2024 2 29 10 15 30 0 0 0]|
+               20240229101530+1>[2024 2 29 10 15 30 0 0 0]|20240229101530+01>[2024 2 29 10 15 30 0 1 0]|
+               20240229101530+013>[2024 2 29 10 15 30 0 1 0])"}, // what is cut short is 0
+    {AS, 1, R"(018Y>[18 89]|3w>[3 119]|Y>[0 89]|1D2W>[1 68]| -5m >[-5 109])"},
+    {CS, 1, R"(DERIVED\SECONDARY>[DERIVED] [SECONDARY]|AB\\CD\>[AB] [CD]|\>| 1.2 >[ 1.2 ]|
+               a text too long for the object>[a text too long for the object])"},
+    {PN, 1,
+     R"(Smith^John\Doe^Jane>[Smith] [John] [Doe] [Jane]|Yamada^Tarou=Ymd^Tr>[Yamada] [Tarou] [Ymd] [Tr]|
+               ^^^>|^Smith>[Smith]|=Yamada>[Yamada]|\A^^^^B=\=C >[A] [B] [C ]|
+               1^2^3^4^5^6^7^8^9^a^b^c^d^e^f^g>[1] [2] [3] [4] [5] [6] [7] [8] [9] [a] [b] [c] [d] [e] [f] [g])"},
+    {DS, 1, R"(1.5\2.25e1>[1.5 22.5]| -7>[-7]|1.5 \2.5>[1.5]|1\\2>[1]|1x2  >[1 2]|
+               1\2\3\4\5\6\7\8\9\10\11\12\13\14\15\16\17\18>[1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18])"},
+    {IS, 1, R"(-3\12\40>[-3 12 40]|+7 >[7]|1.5>[1 5]|99999999999\-99999999999>[2147483647 -2147483648])"},
+};
+
+TEST_F(AttributeInitTest, TextsGiveTheirValues)
+{
+    for (const auto& [representation, expectedCount, cases] : kConversions) {
+        for (const std::string& row : Parts(cases)) {
+            const std::size_t mark = row.find('>');
+            Expect(representation, expectedCount, row.substr(0, mark), row.substr(mark + 1));
+        }
+    }
+}
+
+TEST_F(AttributeInitTest, TextsThatDoNotConvertAreReported)
+{
+    const Report date = Of(L"InternalConvert2Date ", L" Unsupported DICOM data format ", 1);
+    const Report datePiece = Of(L"Convert2Date ", L" Failed to convert the DICOM string ", 1);
+    const Report noDate = Of(L"Convert2Date ", L" Failed to convert the DICOM values ", 1);
+    const Report time = Of(L"InternalConvert2Time", L" Bad input parameters ");
+    const Report fraction = Of(L"InternalConvert2Time", L"Signed to Unsigned conversion error");
+    const Report timePiece = Of(L"Convert2Time ", L" Failed to convert the DICOM string ", 1);
+    const Report noTime = Of(L"Convert2Time ", L" Failed to convert the DICOM values ", 1);
+    const Report noDecimal = Of(L"Convert2Double", L" Unsupported DICOM decimal string format ");
+    Expect(DA, 1, "20240101-20241231", "[0 0 0]", {date});
+    Expect(DA, 1, "2001013", "[0 0 0]", {date});
+    Expect(DA, 2, "20240101\\20240202", "[2024 1 1] [0 0 0]", {date, datePiece}); // the pad is no pad
+    Expect(DA, 2, "20240101\\ ", "[2024 1 1] [0 0 0]", {date, datePiece});        // an empty last piece
+    Expect(DA, 3, "20240101\\2\\20240303 ", "[2024 1 1] [0 0 0] [0 0 0]", {date, datePiece});
+    Expect(DA, 2, "\\\\", "[0 0 0] [0 0 0]", {noDate});
+    Expect(DA, 0, "\\", "", {noDate});
+    Expect(TM, 1, "101530.-5", "[10 15 30 0]", {fraction});
+    Expect(TM, 3, "1\\101530.-5\\11 ", "[1 0 0 0] [10 15 30 0] [0 0 0 0]", {fraction, timePiece});
+    Expect(TM, 2, "10\\ ", "[10 0 0 0] [0 0 0 0]", {time, timePiece});
+    Expect(TM, 2, "\\", "[0 0 0 0] [0 0 0 0]", {noTime});
+    Expect(AS, 1, "018X", "", {Of(L"Convert2Age", L" Unsupported DICOM age string ")});
+    Expect(DS, 1, "abc", "", {noDecimal});
+    Expect(DS, 1, "\\1", "", {noDecimal});
+    Expect(IS, 1, "-", "", {Of(L"Convert2Int", L" Unsupported DICOM integer string format ")});
+
+    OpenAttribute attribute; // what the conversions themselves answer
+    SKivAGAttributeValue two = {2, eAttrInt, 0, nullptr};
+    EXPECT_TRUE(attribute.Convert2Date("20240101\\2 ", 11, 2)) << "a piece failed, the date did not";
+    EXPECT_FALSE(attribute.Convert2Date("2", 1, 1) || attribute.Convert2Time("101530.-5", 9, 1) ||
+                 attribute.Convert2DateTime("202", 3) || attribute.Convert2Double("x", 1) ||
+                 attribute.InternalConvert2Date("20240101", 8, two) ||
+                 attribute.InternalConvert2Time("10", 2, two));
+    ClaimEach({date, datePiece, date, fraction, noDecimal, date, time});
+    EXPECT_EQ(Text(attribute), "") << "no number: the values are lost";
+}
+
+TEST_F(AttributeInitTest, AConversionWithoutTextOrMemorySaysSo)
+{
+    const Report noBuffer = Of(L"Alloc", L"Failed to allocate attribute buffer");
+    const Report noRecords = Of(L"Alloc", L"Failed to allocate new attribute value array");
+    const wchar_t *const noDate = L" Unable to allocate attribute values ",
+                         *const noName = L"Failed to allocate new attribute value array";
+    const std::tuple<int, const wchar_t*, std::string_view, long, std::vector<Report>, const wchar_t*>
+        rows[] = {
+            {AS, L"Convert2Age", "1Y", -1, {}, nullptr}, // lies inside the attribute
+            {DA, L"Convert2Date", "20240101\\20240202 ", 0, {kNoArray, noRecords}, noDate},
+            {TM, L"Convert2Time", "10\\11 ", 1, {noBuffer}, noDate},
+            {DT, L"Convert2DateTime", "2024", 0, {noBuffer}, noDate},
+            {DS, L"Convert2Double", "1\\2\\3", 0, {noBuffer}, L" Unable to allocate the attribute values  "},
+            {IS, L"Convert2Int", "1\\2\\3\\4\\5", 0, {noBuffer}, L" Unable to allocat the attribute values "},
+            {CS, L"Convert2String", "A\\B", 0, {kNoArray}, L"Failed to allocate attribute value array"},
+            {PN, L"Convert2PersonName", "A^B", 0, {kNoArray}, noName}};
+    for (const auto& [representation, function, text, failing, before, message] : rows) {
+        const auto attribute = Values({7, 8, 9});
+        const auto convert = [&, code = representation](std::string_view bytes, std::size_t length) {
+            attribute->Dicom2Attribute(code, static_cast<int>(length), bytes.data(), 2);
+        };
+        convert(text, 0);
+        convert(text, static_cast<std::size_t>(-1));
+        ClaimEach({2, Of(function, L" Bad input parameters ")});
+        if (representation != AS) { // nothing to look at: no age
+            convert({}, 4);
+            ClaimEach({Of(function, L" Bad input parameters ")});
+        }
+        EXPECT_EQ(Text(*attribute), "[7] [8] [9]");
+        EXPECT_EQ(Failing(failing, [&, &value = text] { convert(value, value.size()); }), message != nullptr);
+        std::vector<Report> reports = before;
+        if (message)
+            reports.push_back(Of(function, message));
+        ClaimEach(reports);
+    }
+    OpenAttribute attribute;
+    EXPECT_FALSE(attribute.Convert2String("1", INT_MAX, "\\", 1));
+    ClaimEach({Of(L"Convert2String", L" Bad input parameters ")});
+    EXPECT_TRUE(attribute.Convert2String("A,B;C\\D", 7, ",;", 2) && Text(attribute) == "[A] [B] [C\\D]");
+    EXPECT_EQ(attribute.GetValuePtr(2)->nCount, 4) << "the NUL is counted";
+    EXPECT_TRUE(attribute.Convert2String("A\\B", 3, "\\", 0) && Text(attribute) == "[A\\B]");
+}
+
+// strtod and strtol are the rule, but for the locale and for reading past the text.
+TEST_F(AttributeInitTest, NumbersAreReadAsTheStandardReadsThem)
+{
+    const std::string zeros(400, '0');
+    std::vector<std::string> texts = Parts(
+        R"(0|-0|+5|-5|+ 5|--5|-+5|0.1|1,5|1_000|1e|1e+|1e+x|1.e2|.5|5.|5.\6|-.5e-1|.|e5|7 |00012|1e308|1e309|
+                 -1e309|4.9e-324|2e-324|-1e-400|1e5000000000000|1e-5000000000000|123456789012345678901234567890|
+                 9007199254740993|0x1p3|0x|0xg|0x.8|-0X1.8P+1|0x1p-2000|0x1p2000|inf|-INFINITY|infinit|nan|nan(1)|
+                 nan(|2147483648|-2147483649)");
+    for (const std::string& text :
+         {"\v\f\r 7" + zeros, zeros + "1e5", "0." + zeros + "1e405", "1" + zeros + "e-400"})
+        texts.push_back(text);
+    // One character stands between two numbers, whatever it is.
+    const auto numbersIn = [](const std::string& text, auto read) {
+        std::vector<decltype(read(nullptr, nullptr))> numbers;
+        char* behind = nullptr;
+        for (const char* p = text.c_str(); p < text.c_str() + text.size(); p = behind + 1) {
+            const auto number = read(p, &behind);
+            if (behind == p)
+                break;
+            numbers.push_back(number);
+        }
+        return numbers;
+    };
+    for (const std::string& source : texts) {
+        SCOPED_TRACE(source);
+        const Exact text(source);
+        const auto decimals =
+            numbersIn(source, [](const char* p, char** end) { return std::strtod(p, end); });
+        const auto integers = numbersIn(source, [](const char* p, char** end) {
+            return static_cast<int>(std::clamp<long long>(std::strtoll(p, end, 10), INT_MIN, INT_MAX));
+        });
+        OpenAttribute decimal, integer;
+        EXPECT_EQ(decimal.Convert2Double(text.Data(), text.Size()), !decimals.empty());
+        EXPECT_EQ(integer.Convert2Int(text.Data(), text.Size()), !integers.empty());
+        EXPECT_EQ(ClaimAll(), std::size_t{decimals.empty()} + std::size_t{integers.empty()});
+        const auto expect = [](const OpenAttribute& attribute, const auto& numbers) {
+            const SKivAGAttributeValue* const value = attribute.GetValuePtr(0);
+            ASSERT_EQ(value ? static_cast<std::size_t>(value->nCount) : 0, numbers.size());
+            for (std::size_t i = 0; i < numbers.size(); ++i) {
+                auto number = numbers[i];
+                std::memcpy(&number, value->pData + i * sizeof number, sizeof number);
+                EXPECT_TRUE(std::memcmp(&number, &numbers[i], sizeof number) == 0 ||
+                            (number != number && numbers[i] != numbers[i]))
+                    << number;
+            }
+        };
+        expect(decimal, decimals);
+        expect(integer, integers);
+    }
+}
+
+TEST_F(AttributeInitTest, EveryRepresentationHasItsConversion)
+{
+    const std::tuple<std::vector<int>, tagEKivAGAttributeType, int, int> rows[] = {
+        // values, elements of the first
+        {{-1, 29, 31, 32, -2, 33, INT_MIN, INT_MAX}, eAttrNone, 0, 0},
+        {{AE, CS, LO, LT, 12, SH, 18, UI}, eAttrChar, 3, 3},
+        {{5, 13, UN, 24, 25, OB}, eAttrChar, 1, 8},
+        {{AT, US}, eAttrUShort, 1, 4},
+        {{SS, OW}, eAttrShort, 1, 4},
+        {{SL}, eAttrInt, 1, 2},
+        {{UL}, eAttrUInt, 1, 2},
+        {{FL}, eAttrFloat, 1, 2},
+        {{FD}, eAttrDouble, 1, 1}};
+    for (const auto& [codes, type, values, elements] : rows) {
+        for (const int code : codes) {
+            const auto attribute = Attribute(1, code, "12\\45\\78");
+            int count = -1;
+            EXPECT_TRUE(attribute->GetNumberOfValues(&count) && count == values) << code;
+            EXPECT_EQ(attribute->GetDicomRepresentation(), code);
+            const SKivAGAttributeValue* value = attribute->GetValuePtr(0);
+            EXPECT_TRUE(!value || (value->eType == type && value->nCount == elements)) << code;
+        }
+    }
+    const auto held = Values({7});
+    EXPECT_TRUE(held->Dicom2Attribute(AS, 4, "\00045Y", 1) && held->Dicom2Attribute(AS, 4, nullptr, 1));
+    EXPECT_EQ(Text(*held), "[7]") << "an age that begins with NUL changes nothing";
+}
+
+TEST_F(AttributeInitTest, BinaryValuesAreTakenAsTheyStand)
+{
+    const std::tuple<int, int, int, bool> rows[] = {
+        // representation, length, elements, inside the attribute
+        {US, 2, 1, true},  {US, 7, 3, true},   {US, 15, 7, true}, {US, 16, 8, false},    {SL, 6, 1, true},
+        {FD, 15, 1, true}, {FD, 16, 2, false}, {OB, 1, 1, true},  {OW, 1000, 500, false}};
+    for (const auto& [representation, length, elements, inside] : rows) {
+        std::string bytes;
+        for (int i = 0; i < length; ++i)
+            bytes += static_cast<char>(i * 37 % 251);
+        const Exact exact(bytes);
+        OpenAttribute attribute;
+        EXPECT_TRUE(attribute.Dicom2Attribute(representation, exact.Size(), exact.Data(), 1));
+        const SKivAGAttributeValue& value = *attribute.GetValuePtr(0);
+        EXPECT_TRUE(value.nCount == elements && std::memcmp(value.pData, bytes.data(), bytes.size()) == 0);
+        EXPECT_EQ(attribute.IsPreallocatedData(value.pData), inside);
+        EXPECT_EQ(attribute.m_bPreallocatedData, inside);
+    }
+    const auto held = Values({7});
+    const std::pair<int, int> tooShort[] = {{US, 1}, {FL, 3}, {FD, 7}, {OB, 0}, {OB, -1}};
+    for (const auto& [representation, length] : tooShort) {
+        EXPECT_TRUE(held->Dicom2Attribute(representation, length, "12345678", 1));
+        Claim(L"Convert2VectOfScalars", L"Invalid input parameter");
+        EXPECT_TRUE(Text(*held) == "[7]" && held->GetValuePtr(0)->eType == eAttrUInt);
+    }
+    EXPECT_FALSE(Convert2VectOfScalars<short>(nullptr, 2, held.get(), nullptr));
+    Claim(L"Convert2VectOfScalars", L"Invalid input parameter");
+    EXPECT_TRUE(Failing(0, [&] { held->Dicom2Attribute(OB, 17, "1234567890123456", 1); }));
+    Claim(L"Convert2VectOfScalars", L"Failed to allocate destination buffer");
+}
+
+TEST_F(AttributeInitTest, PixelDataAndSequencesBecomePrivatePlaceholders)
+{
+    for (const bool flag : {false, true}) {
+        OpenAttribute pixels(false, flag), sequence;
+        EXPECT_TRUE(pixels.InitFromDicomData(0x7FE00010, 1000, 0, nullptr, nullptr, false, !flag, 5, 1));
+        const SKivAGAttributeValue& value = *pixels.GetValuePtr(0);
+        EXPECT_TRUE(value.eType == eAttrChar && value.nCount == 4 && pixels.IsPreallocatedData(value.pData));
+        EXPECT_EQ(std::string(value.pData, 4), Bytes("10 00 E0 7F"));
+        EXPECT_TRUE(pixels.IsPrivate() && pixels.m_bPreallocatedData && pixels.MustReplicate() == flag);
+        EXPECT_TRUE(sequence.InitFromDicomData(0x00081140, SQ, 0, nullptr, nullptr, false, flag, 5, 1));
+        EXPECT_TRUE(Text(sequence) == "[528704]" && sequence.GetValuePtr(0)->eType == eAttrUInt);
+        EXPECT_TRUE(sequence.IsPrivate() && sequence.MustReplicate() == flag);
+    }
+    OpenAttribute attribute(true, true);
+    const std::pair<int, const char*> missing[] = {{0, "x"}, {-1, "x"}, {1, nullptr}};
+    for (const auto& [length, data] : missing) {
+        EXPECT_FALSE(attribute.InitFromDicomData(9, 29, length, data, nullptr, false, false, 0, 1));
+        ClaimEach({Of(L"InitFromDicomData", L" Bad input parameters ")});
+        EXPECT_TRUE(attribute.IsPrivate() && attribute.MustReplicate() &&
+                    attribute.GetDicomRepresentation() == 29);
+    }
+}
+
+struct Refusing : OpenAttribute // replaces the dispatch, and is asked for the way back
+{
+    bool Dicom2Attribute(int, int, const char*, int) override { return false; }
+    bool Attribute2Dicom() override { return ++m_nAsked > 0; }
+    int m_nAsked = 0;
+};
+
+TEST_F(AttributeInitTest, AToolkitsElementIsReadAtItsOffsets)
+{
+    OpenAttribute attribute(true, false);
+    const auto init = [&](std::uint32_t tag, std::int32_t code, std::int32_t length, const char* data,
+                          bool flag) {
+        std::string record(156 + sizeof data, '\xEE');
+        std::memcpy(&record[0], &tag, 4);
+        std::memcpy(&record[4], &code, 4);
+        std::memcpy(&record[152], &length, 4);
+        std::memcpy(&record[156], &data, sizeof data);
+        EXPECT_TRUE(attribute.InitFromDicomElement(1, record.data(), false, flag));
+        EXPECT_TRUE(attribute.IsPrivate() == (tag == 0x7FE00010) && attribute.MustReplicate() == flag);
+        EXPECT_EQ(attribute.GetDicomRepresentation(), code);
+    };
+    init(0x00080020, DA, 8, "20240229", true);
+    EXPECT_TRUE(Text(attribute) == "[2024 2 29]" && attribute.GetValuePtr(0)->nInSequenceIndex == 0);
+    init(0x00081140, SQ, 4, "----", false);
+    EXPECT_EQ(Text(attribute), "[2024 2 29]") << "a sequence gets no placeholder here";
+    init(0x00081140, CS, 0, nullptr, false);
+    ClaimEach({Of(L"Convert2String", L" Bad input parameters ")});
+    init(0x7FE00010, OW, 2, nullptr, true);
+    EXPECT_EQ(attribute.GetValuePtr(0)->nCount, 4);
+    char record[200] = {};
+    EXPECT_FALSE(attribute.InitFromDicomElement(0, record, false, true) ||
+                 attribute.InitFromDicomElement(1, nullptr, false, true));
+    ClaimEach({2, Of(L"InitFromDicomElement", L" Bad input parameters ")});
+    Refusing refusing;
+    EXPECT_FALSE(refusing.InitFromDicomElement(1, record, false, false) ||
+                 refusing.InitFromDicomData(1, CS, 1, "x", nullptr, false, false, 0, 1));
+    ClaimEach({Of(L"InitFromDicomElement", L" Unable to initialize the attribute object "),
+               Of(L"InitFromDicomData", L" Unable to initialize the attribute object ")});
+}
+
+TEST_F(AttributeInitTest, ReadyMadeValuesAreCopied)
+{
+    const Value one({1, 2, 3, 4}, 5), two({'A', '\0'}, -2);
+    SKivAGAttributeValue records[] = {two, one, {1, eAttrInt, 0, nullptr}};
+    OpenAttribute attribute(true, true);
+    ASSERT_TRUE(attribute.InitFromValues(7, LO, 2, records, false));
+    EXPECT_TRUE(attribute.GetValuePtr(0)->nInSequenceIndex == -2 &&
+                attribute.GetValuePtr(1)->nInSequenceIndex == 5);
+    EXPECT_TRUE(attribute.IsPrivate() && attribute.MustReplicate()) << "the flags stay";
+    EXPECT_FALSE(attribute.InitFromValues(8, CS, 0, records, false) ||
+                 attribute.InitFromValues(8, CS, 1, nullptr, false));
+    EXPECT_EQ(attribute.GetDicomRepresentation(), LO);
+    EXPECT_FALSE(attribute.InitFromValues(8, SQ, 1, records, false));
+    EXPECT_EQ(attribute.GetDicomRepresentation(), SQ);
+    EXPECT_EQ(Text(attribute), "[A] [1 2 3 4]");
+    EXPECT_TRUE(attribute.InitFromValues(8, SL, 3, records, false)) << "a value without data is left empty";
+    EXPECT_EQ(Text(attribute), "[A] [1 2 3 4] []");
+    EXPECT_TRUE(Failing(0, [&] { EXPECT_FALSE(attribute.InitFromValues(8, SL, 2, records, false)); }));
+    EXPECT_EQ(Text(attribute), "");
+    const Report badInput = Of(L"InitFromValues", L" Bad input parameters ");
+    ClaimEach({badInput, badInput, Of(L"InitFromValues", L" Sequence type DICOM data values not supported "),
+               Of(L"CopyAttributeValue", L"Invalid input buffer "), kNoArray,
+               Of(L"InitFromValues", L"Failed to allocate attribute value array")});
+    EXPECT_TRUE(attribute.InitFromValues(8, SL, 1, &records[1], false) && !attribute.m_bPreallocatedData);
+    records[1].eType = eAttrChar;
+    records[1].nCount = 15;
+    EXPECT_TRUE(attribute.InitFromValues(8, SL, 1, &records[1], false) && attribute.m_bPreallocatedData);
+    Refusing asked;
+    EXPECT_TRUE(asked.InitFromValues(1, SL, 1, records, false) && asked.m_nAsked == 0);
+    EXPECT_TRUE(asked.InitFromValues(1, SL, 1, records, true) && asked.m_nAsked == 1);
+    EXPECT_FALSE(attribute.Attribute2Dicom());
+}
+
+} // namespace
+} // namespace kivds::test

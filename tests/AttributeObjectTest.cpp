@@ -1,0 +1,232 @@
+// The attribute as an object: its virtual table, storage, copies, accessors, and what all that costs.
+#include "tests/support/Attributes.h"
+
+#include <climits>
+
+namespace kivds::test {
+namespace {
+
+using namespace std::string_view_literals;
+using AttributeObjectTest = AttributeTest;
+using A = OpenAttribute;
+using V = SKivAGAttributeValue;
+
+/// One of several operations of a name.
+template <class Signature>
+auto Op(Signature CKivDSDicomAttribute::*operation)
+{
+    return operation;
+}
+
+/// Where operations stand in the virtual table, as the Itanium ABI's member pointers tell it on x86.
+template <class... Operations>
+std::vector<std::size_t> SlotsOf(Operations... operations)
+{
+    const auto slot = [](auto operation) {
+        std::size_t word = 0;
+        std::memcpy(&word, &operation, sizeof word);
+        return word / sizeof(void*); // the lowest bit says that it is a virtual one
+    };
+    return {slot(operations)...};
+}
+
+TEST_F(AttributeObjectTest, TheVirtualOperationsStandInTheirFixedOrder)
+{
+    const std::vector<std::size_t> slots = SlotsOf(
+        &A::InitFromDicomElement, &A::InitFromDicomData, &A::InitFromValues, &A::CreateSingleFrameCopy,
+        Op<bool(const V&, char*, int&) const>(&A::Serialize), Op<bool(char*, int&) const>(&A::Serialize),
+        Op<bool(const char*, int&, V&, bool)>(&A::Deserialize),
+        Op<bool(const char*, int&, bool, int)>(&A::Deserialize), &A::IsPrivate, &A::MustReplicate, &A::GetTag,
+        &A::GetDescription, &A::GetDicomRepresentation, &A::GetNumberOfValues, &A::GetValue, &A::SetValue,
+        &A::GetValueAsString, &A::GetNumberOfInSequenceValues, &A::GetInSequenceValue,
+        &A::CreateInSequenceInitializedCopy, Op<bool(int, int*)>(&A::SetMultiFrameInfo),
+        Op<bool(int, int)>(&A::SetMultiFrameInfo), &A::ResetMultiFrameInfo, &A::IsMultiFrame,
+        &A::GetFrameRangeCollection, &A::DeleteAttributeValue, &A::GetType, &A::Dump, &A::DumpDicomInfo,
+        &A::DumpValuesInfo, Op<int(const V&) const>(&A::GetSize), Op<int() const>(&A::GetSize),
+        &A::Dicom2Attribute, &A::Attribute2Dicom, &A::Convert2String, &A::Convert2Date,
+        &A::InternalConvert2Date, &A::Convert2Time, &A::InternalConvert2Time, &A::Convert2DateTime,
+        &A::Convert2Age, &A::Convert2PersonName, &A::Convert2Double, &A::Convert2Int, &A::CopyAttributeValue,
+        &A::Alloc, &A::SetDataElementType, &A::MakePixelDataAttribute, &A::IsPreallocatedData,
+        &A::AllocAttributeValue, &A::Clean);
+    if (slots[0] != 0)
+        GTEST_SKIP() << "another ABI";
+    for (std::size_t i = 0; i < slots.size(); ++i)
+        EXPECT_EQ(slots[i], i < 4 ? i : i + 2) << "the destructor has two slots, behind the fourth";
+}
+
+TEST_F(AttributeObjectTest, ANewAttributeIsEmpty)
+{
+    const OpenAttribute plain, flagged(true, true);
+    unsigned long tag = 1;
+    int count = 1;
+    EXPECT_TRUE(plain.GetTag(&tag) && tag == 0 && plain.GetNumberOfValues(&count) && count == 0);
+    EXPECT_TRUE(!plain.IsPrivate() && !plain.MustReplicate() && !plain.IsMultiFrame() &&
+                plain.GetType() == 0);
+    EXPECT_TRUE(!plain.GetDescription() && plain.GetDicomRepresentation() == 0 && !plain.GetValuePtr(0));
+    EXPECT_TRUE(flagged.IsPrivate() && flagged.MustReplicate());
+    EXPECT_FALSE(plain.GetTag(nullptr) || plain.GetNumberOfValues(nullptr));
+    ClaimEach({Of(L"GetTag", L" Nul output parameter pointer "),
+               Of(L"GetNumberOfValues", L" Nul output parameter pointer ")});
+}
+
+TEST_F(AttributeObjectTest, AllocMakesZeroedValuesAndASmallSingleOneInside)
+{
+    const std::tuple<int, tagEKivAGAttributeType, int, bool, const char*> rows[] = {
+        {1, eAttrInt, 4, true, "[0 0 0 0]"}, {1, eAttrInt, 5, false, "[0 0 0 0 0]"},
+        {1, eAttrDouble, 2, true, "[0 0]"},  {2, eAttrInt, 1, false, "[0] [0]"},
+        {1, eAttrNone, 3, true, "[]"},       {3, eAttrUShort, 0, false, "[] [] []"},
+        {0, eAttrInt, 1, false, ""},         {-2, eAttrInt, 1, false, ""}};
+    OpenAttribute attribute;
+    for (const auto& [values, type, elements, inside, text] : rows) {
+        attribute.InitFromDicomData(1, OB, 12, "123456789012", nullptr, false, false, 5, 1);
+        EXPECT_TRUE(attribute.Alloc(values, type, elements));
+        EXPECT_EQ(Text(attribute), text);
+        EXPECT_EQ(attribute.m_bPreallocatedData, inside);
+        for (int i = 0; const auto* value = attribute.GetValuePtr(i); ++i) {
+            EXPECT_EQ(attribute.IsPreallocatedData(value->pData), inside);
+            EXPECT_TRUE(value->nCount == elements && value->eType == type && value->nInSequenceIndex == 0);
+        }
+    }
+    EXPECT_FALSE(attribute.Alloc(3, eAttrInt, -1));
+    ClaimEach({Of(L"Alloc", L"Invalid byte size")});
+    for (const long failing : {0, 1, 2}) {
+        EXPECT_TRUE(Failing(failing, [&] { EXPECT_FALSE(attribute.Alloc(2, eAttrInt, 1)); }));
+        if (failing == 0)
+            ClaimEach({kNoArray, Of(L"Alloc", L"Failed to allocate new attribute value array")});
+        else
+            ClaimEach({Of(L"Alloc", L"Failed to allocate attribute buffer")});
+        EXPECT_EQ(Text(attribute), "") << "no half-made values";
+    }
+}
+
+TEST_F(AttributeObjectTest, ValuesAreHandedOutAsCopiesLentOrReplaced)
+{
+    const auto attribute = Values({10, 20, 30});
+    SKivAGAttributeValue value = {};
+    ASSERT_TRUE(attribute->GetValue(1, &value));
+    value.pData[0] = 99;
+    EXPECT_TRUE(attribute->DeleteAttributeValue(value) && !value.pData);
+    value = *attribute->GetValuePtr(0); // the first small value lives inside and is not released on its own
+    EXPECT_TRUE(attribute->DeleteAttributeValue(value) && attribute->IsPreallocatedData(value.pData));
+    EXPECT_EQ(Text(*attribute), "[10] [20] [30]");
+    for (const int index : {-1, 3, INT_MIN, INT_MAX, 0}) {
+        SKivAGAttributeValue* const record = index == 0 ? nullptr : &value;
+        EXPECT_FALSE(attribute->GetValue(index, record) || attribute->SetValue(index, record));
+        EXPECT_TRUE(index == 0 || !attribute->GetValuePtr(index));
+        ClaimEach({Of(L"GetValue", L" Bad input / output parameters "),
+                   Of(L"SetValue", L" Bad input / output parameters ")});
+    }
+
+    Value text({'h', 'i', '\0'}, 4);
+    EXPECT_TRUE(attribute->SetValue(0, &text.Record()) && attribute->SetValue(2, &text.Record()));
+    value = *attribute->GetValuePtr(2);
+    EXPECT_TRUE(attribute->SetValue(2, &value)) << "from the block that is replaced";
+    EXPECT_EQ(Text(*attribute), "[hi] [20] [hi]");
+    EXPECT_EQ(attribute->GetValuePtr(2)->nInSequenceIndex, 4);
+    EXPECT_FALSE(attribute->IsPreallocatedData(attribute->GetValuePtr(0)->pData));
+    value = {1, eAttrInt, 0, nullptr};
+    EXPECT_FALSE(attribute->SetValue(1, &value) || attribute->CopyAttributeValue(&value, &value, -1));
+    EXPECT_FALSE(attribute->CopyAttributeValue(nullptr, &value, 0) ||
+                 attribute->CopyAttributeValue(&value, nullptr, 0));
+    EXPECT_TRUE(Failing(0, [&] { EXPECT_FALSE(attribute->SetValue(1, &text.Record())); }));
+    ClaimEach({Of(L"CopyAttributeValue", L"Invalid input buffer "),
+               Of(L"CopyAttributeValue", L"Invalid input buffer "),
+               Of(L"CopyAttributeValue", L"Invalid input parameter"),
+               Of(L"CopyAttributeValue", L"Invalid input parameter"),
+               Of(L"CopyAttributeValue", L"Failed to allocate destination buffer")});
+    EXPECT_EQ(Text(*attribute), "[hi] [20] [hi]");
+    text.Record().nCount = 0;
+    EXPECT_TRUE(attribute->SetValue(1, &text.Record()));
+    const auto& [count, type, index, data] = *attribute->GetValuePtr(1);
+    EXPECT_TRUE(count == 0 && type == eAttrChar && index == 0 && !data) << "empty, the index as it was";
+}
+
+/// An attribute of each kind of storage.
+std::vector<AttributePtr> Kinds()
+{
+    std::vector<AttributePtr> kinds;
+    kinds.push_back(std::make_unique<OpenAttribute>(true, true));
+    kinds.push_back(Attribute(2, UL, "123456789012", true));
+    kinds.push_back(Attribute(3, OB, std::string(100, 'y'), false, 3));
+    kinds.push_back(Attribute(4, PN, "Smith^John Jacob Ebenezer^X", true, -1));
+    kinds.push_back(Attribute(5, SQ, ""));
+    kinds.push_back(PerFrame(6, {1, 2, 3}));
+    kinds.push_back(std::make_unique<CKivDSCodeSequenceAttribute>(7, Code("1", "DCM", "Left breast")));
+    return kinds;
+}
+
+void ExpectSame(const CKivDSDicomAttribute& copy, const CKivDSDicomAttribute& source)
+{
+    unsigned long copyTag = 0, tag = 1;
+    EXPECT_TRUE(copy.GetTag(&copyTag) && source.GetTag(&tag) && copyTag == tag);
+    EXPECT_EQ(copy.GetDicomRepresentation(), source.GetDicomRepresentation());
+    EXPECT_TRUE(copy.IsPrivate() == source.IsPrivate() && copy.MustReplicate() == source.MustReplicate());
+    EXPECT_TRUE(copy == source && copy.GetType() == 0) << Text(copy) << " and " << Text(source);
+    for (int i = 0; const auto* value = source.GetValuePtr(i); ++i) {
+        EXPECT_NE(copy.GetValuePtr(i)->pData, value->pData);
+        EXPECT_EQ(copy.GetValuePtr(i)->nInSequenceIndex, value->nInSequenceIndex);
+    }
+}
+
+TEST_F(AttributeObjectTest, CopiesAndAssignmentsOwnWhatTheyHold)
+{
+    for (const AttributePtr& source : Kinds()) {
+        SCOPED_TRACE(Text(*source));
+        for (const AttributePtr& earlier : Kinds()) { // over every kind of storage
+            CKivDSDicomAttribute target(*earlier);
+            ExpectSame(target, *earlier);
+            const CKivDSDicomAttribute& self = target = *source;
+            target = self;
+            ExpectSame(target, *source);
+            target.Clean();
+            EXPECT_TRUE(Text(target).empty() && target.IsMultiFrame() == source->IsMultiFrame() &&
+                        target.IsPrivate() == source->IsPrivate() &&
+                        target.MustReplicate() == source->MustReplicate());
+        }
+        bool failed = true;
+        for (long failing = 0; failed; ++failing) {
+            OpenAttribute poor(true, true);
+            failed = Failing(failing, [&] { poor = *source; });
+            EXPECT_TRUE(Text(poor) == Text(*source) || Text(poor).empty())
+                << "all values or none: " << Text(poor);
+            EXPECT_EQ(ClaimAll() > 0, failed);
+        }
+    }
+    const auto source = Values({1, 2}), target = Values({3}, 0, 0, 9);
+    EXPECT_TRUE(Failing(0, [&] { EXPECT_EQ(CKivDSDicomAttribute(*source).GetValuePtr(0), nullptr); }));
+    EXPECT_TRUE(Failing(0, [&] { *target = *source; }));
+    ClaimEach({kNoArray, Of(L"CKivDSDicomAttribute", L" Out of memory "), kNoArray,
+               Of(L"operator =", L"Failed to allocate new attribute value array")});
+    EXPECT_EQ(Text(*target), "");
+    source->InitEmpty(0xFFFEE000, 33, true);
+    unsigned long tag = 0;
+    EXPECT_TRUE(source->GetTag(&tag) && tag == 0xFFFEE000 && source->GetDicomRepresentation() == 33);
+    EXPECT_TRUE(source->MustReplicate() && !source->IsPrivate() && Text(*source).empty());
+}
+
+TEST_F(AttributeObjectTest, OneSmallValueCostsTheObjectAloneAndReadingItNothing)
+{
+    const std::pair<int, std::string_view> rows[] = {
+        {US, "\0\2"sv},    {FD, "12345678"}, {UL, "123456789012"}, {CS, "ORIGINAL"},     {DA, "20240229"},
+        {TM, "101530.25"}, {DS, "1.5\\2"},   {AS, "045Y"},         {IS, "-3\\12\\40\\7"}};
+    for (const auto& [representation, bytes] : rows) {
+        AttributePtr attribute;
+        {
+            const Allocations watched;
+            attribute = Attribute(0x00080060, representation, bytes);
+            EXPECT_EQ(watched.Count(), 1) << bytes;
+        }
+        const auto other = Attribute(0x00080060, representation, bytes);
+        char buffer[100];
+        unsigned char text[20];
+        const Allocations watched;
+        int size = 0;
+        EXPECT_TRUE(*attribute == *other && !(*attribute < *other) && attribute->Serialize(nullptr, size) &&
+                    attribute->Serialize(buffer, size) && attribute->GetValuePtr(0));
+        attribute->GetValueAsString(0, sizeof text, text);
+        EXPECT_EQ(watched.Count(), 0) << bytes;
+    }
+}
+
+} // namespace
+} // namespace kivds::test

@@ -1,0 +1,157 @@
+// Equality, ordering and accumulation of attributes.
+#include "tests/support/Attributes.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace kivds::test {
+namespace {
+
+using namespace std::string_view_literals;
+using AttributeOperatorsTest = AttributeTest;
+
+TEST_F(AttributeOperatorsTest, ValuesAndFramesAloneMakeAttributesEqual)
+{
+    const auto frames = [](AttributePtr attribute, int first, int last) {
+        attribute->SetMultiFrameInfo(first, last);
+        return attribute;
+    };
+    const std::pair<AttributePtr, int> attributes[] = {
+        // equal numbers: equal attributes
+        {Numbers(0x00100010, {1, 2, 3}), 0},
+        {Numbers(0x00100020, {1, 2, 3}, true), 0}, // tag and flags take no part
+        {Attribute(0x00100010, OW, "\1\0\2\0\3\0"sv), 1},
+        {frames(Numbers(0x00100010, {1, 2, 3}), 1, 3), 2},
+        {frames(Numbers(0x00100010, {1, 2, 3}), 2, 4), 3},
+        {frames(Numbers(0x00100020, {1, 2, 3}), 1, 3), 2},
+        {Attribute(0x00100010, CS, "A\\B", false, 0), 4},
+        {Attribute(0x00100010, LO, "A\\B", false, 7), 4}, // nor do codes and indices
+        {Attribute(0x00100010, CS, "B\\A"), 5},
+        {Attribute(0x00100010, CS, "A"), 6},
+        {std::make_unique<OpenAttribute>(), 7},
+        {std::make_unique<CKivDSCodeSequenceAttribute>(true, true), 7}, // nor does the type
+    };
+    for (const auto& [first, firstKind] : attributes) {
+        for (const auto& [second, secondKind] : attributes) {
+            SCOPED_TRACE(Text(*first) + " and " + Text(*second));
+            CKivDSDicomAttribute &a = *first, &b = *second;
+            const bool equal = firstKind == secondKind;
+            EXPECT_TRUE((a == b) == equal && (a != b) == !equal);
+            EXPECT_TRUE((std::as_const(a) == b) == equal && (std::as_const(a) != b) == !equal);
+        }
+    }
+}
+
+TEST_F(AttributeOperatorsTest, OrderGoesByValuesThenByTheirNumber)
+{
+    const auto a = Attribute(1, CS, "A"), ab = Attribute(1, CS, "A\\B"), b = Attribute(2, LO, "B");
+    const auto none = Attribute(1, 29, "x"), number = Numbers(1, {5});
+    const auto frame = PerFrame(1, {5}), laterFrame = PerFrame(1, {6});
+    const Report multiFrame{L"operator <", L"Attempt to quantitatively compare multiframe attributes", 1};
+    const Report types{L"operator <", L"Attempt to quantitatively compare attribute values of different type",
+                       1};
+    const std::tuple<const AttributePtr&, const AttributePtr&, bool, bool, std::vector<Report>> rows[] = {
+        {a, ab, true, false, {}},
+        {a, b, true, false, {}},
+        {ab, b, true, false, {}},
+        {none, a, true, false, {}},
+        {a, a, false, false, {}},
+        {frame, frame, false, false, {}},
+        {a, number, false, false, {types}},
+        {frame, laterFrame, true, false, {multiFrame}},
+        {number, laterFrame, true, false, {multiFrame}},
+        {frame, a, false, false, {multiFrame, types}}};
+    for (const auto& [left, right, less, greater, reports] : rows) {
+        EXPECT_EQ(*left < *right, less);
+        ClaimEach(reports);
+        EXPECT_EQ(*right < *left, greater);
+        ClaimEach(reports);
+        EXPECT_EQ(*left >= *right, !less);
+        ClaimEach(reports);
+    }
+}
+
+TEST_F(AttributeOperatorsTest, AccumulationAppendsWhatIsNewOrEverything)
+{
+    const struct
+    {
+        std::initializer_list<unsigned> a, b;
+        bool mustReplicate;
+        const char* sum;
+    } rows[] = {
+        {{1, 2}, {2, 3, 3}, false, "[1] [2] [3] [3]"}, // b's own repetitions are kept
+        {{1, 2}, {1, 2}, false, "[1] [2]"},
+        {{1, 2}, {2}, true, "[1] [2] [2]"},
+        {{7}, {8}, false, "[7] [8]"},
+        {{}, {5}, false, "[5]"},
+        {{}, {5, 5}, false, "[5] [5]"},
+        {{1}, {}, true, "[1]"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.sum);
+        const auto a = Values(row.a, -4), b = Values(row.b, 10, 1, 0x00280010, row.mustReplicate);
+        EXPECT_EQ(&(*a += *b), a.get());
+        EXPECT_EQ(Text(*a), row.sum);
+        EXPECT_FALSE(a->MustReplicate());
+        for (int i = 0; const auto* value = a->GetValuePtr(i); ++i)
+            EXPECT_EQ(value->nInSequenceIndex >= 10, i >= static_cast<int>(row.a.size())) << "kept";
+    }
+    const auto a = Numbers(5, {1}), otherTag = Numbers(6, {3}), multiFrame = PerFrame(5, {3});
+    const auto otherCode = Attribute(5, SS, "\3\0"sv);
+    for (const AttributePtr* b : {&otherTag, &multiFrame, &otherCode, &a})
+        EXPECT_EQ(Text(*a += **b), "[1]");
+    EXPECT_EQ(Text(*multiFrame += *a), "[3]");
+}
+
+// Many values take another road inside (room made ahead, an index); what it gives must be the same.
+TEST_F(AttributeOperatorsTest, ThousandsOfValuesGatherAsAFewDo)
+{
+    const auto gathered = Values({});
+    std::vector<unsigned> expected;
+    unsigned state = 1;
+    for (unsigned i = 0; i < 3000; ++i) {
+        state = state * 1664525 + 1013904223;
+        const unsigned x = state >> 20 & 1023, y = x ^ 1;
+        const std::vector<unsigned> held = expected;
+        for (const unsigned element : {x, y, y}) {
+            if (std::find(held.begin(), held.end(), element) == held.end())
+                expected.push_back(element);
+        }
+        *gathered += *Values({x, y, y});
+        if (i % 1000 == 500) { // a value that is replaced is no longer held, its replacement is
+            Value other({100'000 + i});
+            EXPECT_TRUE(gathered->SetValue(3, &other.Record()));
+            *gathered += *Values({100'000 + i});
+            expected[3] = 100'000 + i;
+        }
+    }
+    std::string text;
+    for (const unsigned element : expected)
+        text += (text.empty() ? "[" : " [") + std::to_string(element) + "]";
+    EXPECT_EQ(Text(*gathered), text);
+    EXPECT_EQ(Text(CKivDSDicomAttribute(*gathered)), text);
+}
+
+TEST_F(AttributeOperatorsTest, AccumulationWithoutMemoryLeavesTheAttributeAsItWas)
+{
+    const std::string large(100, 'a');
+    const std::tuple<AttributePtr, AttributePtr, const wchar_t*> rows[] = {
+        {Attribute(5, OB, "b"), Attribute(5, OB, large, true),
+         L"Failed to allocate new array of attribute values"},
+        {Attribute(5, CS, "A\\B"), Attribute(5, CS, "B\\C\\" + large),
+         L"Failed to allocate new attribute value array"}};
+    for (const auto& [to, b, noArray] : rows) {
+        bool failed = true;
+        for (long failing = 0; failed; ++failing) {
+            CKivDSDicomAttribute a(*to);
+            failed = Failing(failing, [&a, &more = *b] { a += more; });
+            EXPECT_EQ(a == *to, failed);
+            if (failing == 0)
+                ClaimEach({kNoArray, Of(L"operator +=", noArray)});
+            EXPECT_EQ(ClaimAll() > 0, failed && failing > 0);
+        }
+    }
+}
+
+} // namespace
+} // namespace kivds::test
