@@ -19,12 +19,9 @@ TEST_F(CollectionFramesTest, AFramesCollectionHoldsItsValuesAndItsIndex)
              {"|M10,20", 65538, "|#2prs"},
              {"|M10,20", -1, "|#65535prs"},
              {"X1|", 1, "X1|#1prs"},
-             {"X1|M7s", 5, "X1|M7s #5prs"},
              {"X1|M1,2p", 1, "X1|M1s #1prs"},
-             {"X1", 1, "X1"},
              {"-", 1, "-"},
              {"{X1|M1,2;Y1}", 2, "{X1|M2s #2prs;Y1}"},
-             {"{}", 2, "{}"},
              {"<X1 N2|M5,6;Y1;X2 Y2>", 1, "X1+2 Y2 N1|M5s #1prs"},
              {"<X1;Y1>", 0, "X1 Y1"},
          }) {
@@ -73,13 +70,10 @@ TEST_F(CollectionFramesTest, TheScopeIsNarrowedToTheFrame)
     for (const auto& [sourceText, deep, narrowed, ofSource] : Rows<Txt, bool, Txt, Txt>{
              {"X1|M1,2", true, "9[2-2]", "9"},
              {"X1|M1,2", false, "9[2-2]", "9[2-2]"},
-             {"X1", true, "9", "9"},
              {"X1", false, "9", "9"},
              {"{X1|M1,2;Y1}", true, "9[2-2]", "9"},
              {"{X1|M1,2}", false, "9[2-2]", "9"},
-             {"{X1;Y1}", true, "9", "9"},
              {"<X1|M1;;;>", false, "9[2-2]", "9"},
-             {"<X1;;;>", true, "9[2-2]", "9"},
          }) {
         SCOPED_TRACE(sourceText);
         const CollectionPtr source = Make(sourceText);
@@ -119,9 +113,7 @@ TEST_F(CollectionFramesTest, SplittingGivesAFacadeOfEachPart)
     for (const auto& [sourceText, singleText, multiText, report] : Rows<Txt, Txt, Txt, Wide>{
              {"X1|M1", "X1", "|M1", nullptr},
              {"X1", "X1", nullptr, nullptr},
-             {"X1|", "X1", "|", nullptr},
              {"{X1}", nullptr, nullptr, kCompoundRefused},
-             {"<X1;Z1>", nullptr, nullptr, kEnhancedRefused},
              {"W1<X1;Z1>", nullptr, nullptr, kEnhancedRefused},
              {"-", nullptr, nullptr, L"Attempt to split an uninitialized object "},
          }) {
@@ -150,7 +142,6 @@ TEST_F(CollectionFramesTest, SingleFramePartsAreUpdatedFromTheLeftOrFromTheRight
              {"X1 Y1|M1", "X2 Z2|L1", true, "X2+1 Y1 Z2|M1", "8", nullptr},
              {"-", "X2|L1", false, "X2", "9", nullptr},
              {"-", "X2|L1", true, "X2", "9", nullptr},
-             {"X1", "<X2;Z1>", false, "X1+2", "8", nullptr},
              {"{X1}", "X2", true, "{X1}", "8", kCompoundRefused},
              {"<X1;Z1>", "X2", false, "<X1;Z1>", "8", kEnhancedRefused},
          }) {

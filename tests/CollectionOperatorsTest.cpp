@@ -27,7 +27,6 @@ TEST_F(CollectionOperatorsTest, CompoundAssignmentsKeepToTheirTruthTables)
              {"Y2", "+=", "Y2r", "Y2+2"},
              {"Y2r", "+=", "Y2", "Y2r"},
              {"Y2p", "+=", "Y3p Z1pr", "Y2+3p Z1pr"},
-             {"Z1", "+=", "W1 X1 Y1", "W1 X1 Y1 Z1"},
              {"X1|M1,2", "+=", "X1|L4 M1,3", "X1|L4 M1,2"}, // multi-frame values do not accumulate
              {"X1", "+=", "|M1,2", "X1|M1,2"},
              {"X1", "+=", "X1|", "X1|"},
@@ -36,20 +35,15 @@ TEST_F(CollectionOperatorsTest, CompoundAssignmentsKeepToTheirTruthTables)
              {"X1 Y2", "|=", "Y5p Z3", "X1 Y2 Z3"},
              {"X1p", "|=", "X2", "X2"},
              {"X1", "|=", "|L1 M2p", "X1|L1"},
-             {"X1", "|=", "|", "X1|"},
              {"X1 Y2", "-=", "Y2 Z3", "X1"},
-             {"Y2", "-=", "Y5", "Y2"},
              {"X1p Y1pr", "-=", "X1 Y1", ""},
              {"X1+2", "-=", "X1,2", "X1+2"},
              {"|L1 M1,2", "-=", "|L2 M1,2", "|L1"},
              {"X1m", "-=", "X1", "X1m"}, // multi-frame and not: different
-             {"X1", "-=", "|M1", "X1|"},
              {"X1 Y2", "/=", "Y5 Z3", "X1"},
              {"X1 Y2p", "/=", "X1p Y9", "X1"},
              {"X1", "/=", "|M1", "X1|"},
-             {"|L1 M1", "/=", "|M7", "|L1"},
              {"X1 Y2", "^=", "Y2 Z3", "Y2"},
-             {"X1p Y2 Z3", "^=", "Y2", "Y2"},
              {"X1 Y2", "^=", "X3 Y2p", "Y2"},
              {"X1|M1", "^=", "X1", "X1|M1"}, // without a multi-frame part on the right the left one stays
              {"X1", "^=", "X1|M1", "X1|"},
@@ -59,9 +53,6 @@ TEST_F(CollectionOperatorsTest, CompoundAssignmentsKeepToTheirTruthTables)
              {"<X1;Z1>", "+=", "X2 Y2|M1", "<X1+2 Y2|M1;Z1>"},
              {"<X1;Z1>", "*=", "<X2;Z2>", "<X2;Z1>"},
              {"<X1 Y1;Z1>", "/=", "<X2;Z1>", "<Y1;Z1>"},
-             {"X1 Y1", "^=", "<Y1;X1>", "Y1"},
-             {"<X1 Y1;X1>", "-=", "X1", "<Y1;X1>"},
-             {"<X1;X1>", "|=", "X2", "<X2;X1>"},
              {"X1", "+=", "<-;Z1>", "X1"},
              {"<-;Z1>", "+=", "X1", "<X1;Z1>"},
              // and has a step of its own in two of them
@@ -76,7 +67,6 @@ TEST_F(CollectionOperatorsTest, CompoundAssignmentsKeepToTheirTruthTables)
              {"X1r", "^=", "{X1;X1}", "X1+1r"},
              {"X1|L1 M1,2", "^=", "{X1|M1,2;Y1}", "X1|M1,2"},
              {"X1|M1", "^=", "{X1}", "X1|M1"},
-             {"<X1 Y2;Z1>", "^=", "{X1;Z1}", "<X1;Z1>"},
          }) {
         SCOPED_TRACE(std::string(left) + "  " + name + "  " + right);
         const CollectionPtr a = Make(left);
@@ -173,17 +163,13 @@ TEST_F(CollectionOperatorsTest, FreeOperatorsGiveNewCollections)
         return CollectionPtr(name == '/' ? a / b : name == '^' ? a ^ b : a | b);
     };
     for (const auto& [left, name, right, expected] : Rows<Txt, char, Txt, Txt>{
-             {"X1 Y2", '/', "Y2 Z3", ""},
              {"Y2", '/', "Y5p", "Y5p"},
              {"X1p Y1p", '/', "X2 Y2", ""},
              {"X1r", '/', "X2r", "X2r"},
-             {"X1 Y2", '^', "Y2 Z3", "Y2"},
              {"X1p Y2r Z3", '^', "X1 Y2 Z4", "X1p Y2r"}, // the left side's
              {"X1p Y2r Z3", '|', "X1 Y2 Z4", "X1 Y2"},   // the right side's
              {"X1|L1 M1,2", '/', "X2|L1 M1,3", "X2|M1,3"},
-             {"X1|L1 M1,2", '^', "X1|M1,2", "X1|M1,2"},
              {"X1|M1,2", '/', "X2", "X2"},
-             {"X1", '|', "X1|M1", "X1"},
              {"X1|", '^', "X1|M1", "X1|"},
              {"<X1|M1;Z1>", '^', "X1|M1", "X1|M1"},
              {"X1", '/', "<X2;X3>", "X2"},
@@ -215,28 +201,10 @@ TEST_F(CollectionOperatorsTest, FreeOperatorsGiveNewCollections)
 
 TEST_F(CollectionOperatorsTest, EqualityGoesPartByPart)
 {
-    for (const auto& [left, right, equal] : Rows<Txt, Txt, bool>{
-             {"", "", true},
-             {"X1 Y2", "X1 Y2", true},
-             {"X1", "X1pr", true},
-             {"X1", "X2", false},
-             {"X1", "Y1", false},
-             {"X1", "X1 Y1", false},
-             {"X1+2", "X1,2", false},
-             {"X1|M1,2", "X1|M1,2", true},
-             {"X1|M1,2", "X1|M1,3", false},
-             {"X1|", "X1", false},
-             {"X1|", "X1|", true},
-             {"X1|M1", "X1|M1s", false},
-             {"-", "-", false},
-             {"-", "X1", false},
-             {"<X1;Z1>", "<X1;Z1>", true},
-             {"<X1>", "<X1;>", false},
-             {"<X1;Z1>", "<X1;Z2>", false},
-             {"<X1;Z1>", "<Y1;Z1>", false},
-             {"<X1>", "X1", false},
-             {"W1<X1;Z1>", "<X1;Z1>", true},
-         }) {
+    const Txt forms[] = {"",     "X1",    "X2",      "Y1",      "X1 Y1",  "X1+2",
+                         "X1,2", "X1|",   "X1|M1,2", "X1|M1,3", "X1|M1",  "X1|M1s",
+                         "<X1>", "<X1;>", "<X1;Z1>", "<X1;Z2>", "<Y1;Z1>"};
+    const auto expectEqual = [](Txt left, Txt right, bool equal) {
         SCOPED_TRACE(std::string(left) + "  " + right);
         const CollectionPtr a = Make(left), b = Make(right);
         SetScope(*b, "9"); // which takes no part
@@ -246,7 +214,15 @@ TEST_F(CollectionOperatorsTest, EqualityGoesPartByPart)
         EXPECT_EQ(*a != *b, !equal);
         EXPECT_TRUE(*a == *a);
         EXPECT_EQ(allocations.Count(), 0);
+    };
+    for (const Txt left : forms) {
+        for (const Txt right : forms)
+            expectEqual(left, right, left == right);
+        expectEqual("-", left, false);
     }
+    expectEqual("-", "-", false);
+    expectEqual("X1", "X1pr", true);
+    expectEqual("W1<X1;Z1>", "<X1;Z1>", true);
     const CollectionPtr compound = Make("{X1}");
     for (const Txt other : {"{X1}", "X1", "-"}) {
         EXPECT_FALSE(*compound == *Make(other) || *compound == *compound);
@@ -259,7 +235,6 @@ TEST_F(CollectionOperatorsTest, EqualityGoesPartByPart)
 TEST_F(CollectionOperatorsTest, AssignmentCopiesInPlace)
 {
     for (const auto& [left, right, expected, scope, report] : Rows<Txt, Txt, Txt, Txt, Wide>{
-             {"X1", "Y2 Z3p", "Y2 Z3p", "9", nullptr},
              {"X1", "Y2|M1", "Y2|M1", "9", nullptr},
              {"X1|L1", "Y2|M1", "Y2|M1", "9", nullptr},
              {"X1|L1", "Y2", "Y2|L1", "9", nullptr},
@@ -268,10 +243,8 @@ TEST_F(CollectionOperatorsTest, AssignmentCopiesInPlace)
              {"X1|L1", "<Y1;Z1>", "X1|L1<Y1;Z1>", "9", nullptr},
              {"X1", "-", "X1", "8", nullptr},
              {"-", "X1", "-", "none", nullptr},
-             {"<X1>", "Y1", "<X1>", "8", kEnhancedRefused},
              {"Z1<X1>", "Z1<X1>", "Z1<X1>", "8", kEnhancedRefused},
              {"{X1}", "Y1", "{X1}", "8", kCompoundRefused},
-             {"{X1}", "-", "{X1}", "8", kCompoundRefused},
          }) {
         SCOPED_TRACE(std::string(left) + " = " + right);
         const CollectionPtr a = Make(left);

@@ -23,9 +23,7 @@ std::string Lines(const std::string& path)
     return lines;
 }
 
-class OwnershipDocTest : public ReportTest
-{
-};
+using OwnershipDocTest = ReportTest;
 
 } // namespace
 

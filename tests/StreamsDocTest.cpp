@@ -16,6 +16,8 @@ namespace kivds::test {
 
 namespace {
 
+constexpr int kVersion = 7;
+
 using Attr = CKivDSDicomAttribute;
 using Part = CKivDSBaseDicomAttributeCollection;
 using Facade = CKivDSDicomAttributeCollection;
@@ -62,19 +64,23 @@ struct Example
     std::function<std::optional<std::string>(const std::string&)> m_Rewrite;
 };
 
+/// `size` as an object of this class takes it.
+template <class Object>
+decltype(auto) Out(int& size)
+{
+    if constexpr (std::is_base_of_v<CKivIPPSerialFormC, Object>)
+        return &size;
+    else
+        return (size);
+}
+
 template <class Object>
 std::string Written(Object& object)
 {
     int size = -1;
-    const auto write = [&](char* buffer) {
-        if constexpr (std::is_base_of_v<CKivIPPSerialFormC, Object>)
-            return object.Serialize(buffer, &size);
-        else
-            return object.Serialize(buffer, size);
-    };
-    EXPECT_TRUE(write(nullptr));
+    EXPECT_TRUE(object.Serialize(nullptr, Out<Object>(size)));
     std::string stream(static_cast<std::size_t>(size), '?');
-    EXPECT_TRUE(write(stream.data()));
+    EXPECT_TRUE(object.Serialize(stream.data(), Out<Object>(size)));
     return stream;
 }
 
@@ -86,12 +92,7 @@ Example Read(Form... form)
                 const auto length = static_cast<int>(bytes.size());
                 Object object;
                 int size = -1;
-                bool read = false;
-                if constexpr (std::is_base_of_v<CKivIPPSerialFormC, Object>)
-                    read = object.Deserialize(bytes.data(), length, &size);
-                else
-                    read = object.Deserialize(bytes.data(), length, size, form...);
-                if (!read)
+                if (!object.Deserialize(bytes.data(), length, Out<Object>(size), form...))
                     return std::nullopt;
                 EXPECT_EQ(size, length);
                 return Written(object);
@@ -109,6 +110,11 @@ Example Of(Fill fill, Form... form)
         return Written(object);
     };
     return example;
+}
+
+Example OfAttribute(AttributePtr (*make)())
+{
+    return Of<Attr>([=](Attr& attribute) { attribute = *make(); }, true, kVersion);
 }
 
 void AddRows(Facade& collection)
@@ -129,23 +135,19 @@ void AddFrames(CKivDSEnhancedMFCollection& enhanced)
 
 const std::map<std::string, Example>& Examples()
 {
-    constexpr int version = 7;
     using Codes = CKivDSCodeSequenceAttribute;
     static const std::map<std::string, Example> examples = {
         {"value", Of<Value>([](Value& value) {
              unsigned short elements[] = {512, 480};
              EXPECT_TRUE(value.Set({2, eAttrUShort, -1, reinterpret_cast<char*>(elements)}));
          })},
-        {"attribute", Of<Attr>([](Attr& rows) { rows = *Numbers(0x00280010, {512}); }, true, version)},
-        {"attribute-texts",
-         Of<Attr>([](Attr& type) { type = *Attribute(0x00080008, CS, "ORIGINAL\\PRIMARY"); }, true, version)},
+        {"attribute", OfAttribute([] { return Numbers(0x00280010, {512}); })},
+        {"attribute-texts", OfAttribute([] { return Attribute(0x00080008, CS, "ORIGINAL\\PRIMARY"); })},
         {"attribute-empty",
-         Of<Attr>([](Attr& name) { name.InitEmpty(0x00100010, PN, false); }, true, version)},
-        {"attribute-per-frame", Of<Attr>(
-                                    [](Attr& windows) {
-                                        windows = *PerFrame(0x00540010, {1, 1, 2});
-                                    },
-                                    true, version)},
+         Of<Attr>([](Attr& name) { name.InitEmpty(0x00100010, PN, false); }, true, kVersion)},
+        {"attribute-per-frame", OfAttribute([] {
+             return PerFrame(0x00540010, {1, 1, 2});
+         })},
         {"attribute-old", Read<Attr>(true, 0)},
         {"attribute-oldest", Read<Attr>(false, 0)},
         {"frame-range", Of<CKivIPPRangeIDC>([](CKivIPPRangeIDC& range) {
@@ -166,7 +168,7 @@ const std::map<std::string, Example>& Examples()
          })},
         {"code-sequence",
          Of<Codes>([](Codes& codes) { codes = Codes(0x00082218, Code("T-04000", "SRT", "Breast")); }, true,
-                   version)},
+                   kVersion)},
         {"part", Of<Part>([](Part& part) { AddRows(part); }, true)},
         {"part-old", Read<Part>(true)},
         {"collection", Of<Facade>([](Facade& collection) { AddRows(collection); }, true)},

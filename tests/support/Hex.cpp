@@ -1,33 +1,24 @@
 #include "tests/support/Hex.h"
 
+#include <algorithm>
 #include <stdexcept>
 
 namespace kivds::test {
 
 std::string Bytes(std::string_view hex)
 {
-    constexpr std::string_view digits = "0123456789ABCDEF";
-    std::string bytes;
-    int pending = -1; // the high digit of a pair, once it has been read
+    std::string digits;
     for (std::size_t i = 0; i < hex.size(); ++i) {
-        if (hex.substr(i, 2) == "//") {
-            i = hex.find('\n', i);
-            if (i == std::string_view::npos)
-                break;
-            continue;
-        }
-        if (hex[i] == ' ' || hex[i] == '\n')
-            continue;
-        const std::size_t digit = digits.find(hex[i]);
-        if (digit == std::string_view::npos)
-            throw std::invalid_argument("not hexadecimal: " + std::string(hex.substr(i)));
-        if (pending >= 0)
-            bytes.push_back(
-                static_cast<char>(static_cast<unsigned char>(pending * 16 + static_cast<int>(digit))));
-        pending = pending >= 0 ? -1 : static_cast<int>(digit);
+        if (hex.substr(i, 2) == "//")
+            i = std::min(hex.find('\n', i), hex.size());
+        else if (hex[i] != ' ' && hex[i] != '\n')
+            digits += hex[i];
     }
-    if (pending >= 0)
-        throw std::invalid_argument("half a byte at the end");
+    if (digits.size() % 2 != 0 || digits.find_first_not_of("0123456789ABCDEF") != std::string::npos)
+        throw std::invalid_argument("not pairs of hexadecimal digits: " + digits);
+    std::string bytes;
+    for (std::size_t i = 0; i < digits.size(); i += 2)
+        bytes += static_cast<char>(std::stoi(digits.substr(i, 2), nullptr, 16));
     return bytes;
 }
 
