@@ -1,11 +1,13 @@
 # What each library is made of, paths from the root. Headers listed here are public and installed; those in internal/
 # folders are not.
+set(KivIPBaseErrorU_DESCRIPTION "The error sink")
 set(KivIPBaseErrorU_HEADERS
     platform/CKivIPBaseError.h
     platform/Export.h)
 set(KivIPBaseErrorU_SOURCES
     platform/standin/CKivIPBaseError.cpp)
 
+set(KivIPPDicomScopeItemU_DESCRIPTION "Scope items, frame ranges and their factory")
 set(KivIPPDicomScopeItemU_HEADERS
     platform/CKivIPPRangeIDC.h
     platform/CKivIPPScopeItemC.h
@@ -17,6 +19,7 @@ set(KivIPPDicomScopeItemU_SOURCES
     platform/standin/CKivIPPScopeItemC.cpp
     platform/standin/CKivIPPScopeItemFactory.cpp)
 
+set(KivIPPBaseScopeU_DESCRIPTION "Scopes")
 set(KivIPPBaseScopeU_HEADERS
     platform/CKivIPPScopeC.h
     platform/CKivIPPScopeCollectionC.h
@@ -26,6 +29,7 @@ set(KivIPPBaseScopeU_SOURCES
     platform/standin/CKivIPPScopeCollectionC.cpp
     platform/standin/CKivIPPScopeElementC.cpp)
 
+set(KivDSDataU_DESCRIPTION "DICOM data in memory")
 set(KivDSDataU_HEADERS
     KivDSDataU.h
     attribute/CKivDSCodeSequenceAttribute.h

@@ -1,5 +1,6 @@
 # How every target of ours is built, and how a shared library of ours is made.
 include(GNUInstallDirs)
+include("${CMAKE_CURRENT_LIST_DIR}/Windows.cmake")
 
 # The options that all our own targets share: C++17 without extensions, only what is marked is exported, warnings,
 # sanitizers, and libraries that are found next to the program wherever the tree is installed.
@@ -40,7 +41,9 @@ function(kivds_add_module name build_macro)
         SOVERSION ${PROJECT_VERSION_MAJOR}
         KIVDS_REQUIRES "${arg_LINK}")
     kivds_configure(${name})
-    if(CMAKE_SYSTEM_NAME STREQUAL "Linux" AND NOT KIVDS_SANITIZE)
+    if(WIN32)
+        kivds_windows_dll(${name} "${${name}_DESCRIPTION}")
+    elseif(CMAKE_SYSTEM_NAME STREQUAL "Linux" AND NOT KIVDS_SANITIZE)
         target_link_options(${name} PRIVATE -Wl,--no-undefined) # a module names all the modules it needs
     endif()
 endfunction()
