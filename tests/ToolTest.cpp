@@ -193,6 +193,7 @@ TEST_F(ToolTest, KeepsTheStructureOfFoldersAndNamesWhatItSkips)
     for (const char* const name : {"in/a/1.dcm", "in/a/1", "in/b/1.dcm", "in/b/1.2.840.5", "other/a/1.dcm"})
         m_Folder.Write(name, one);
     m_Folder.Write("in/b/notes.txt", "no DICOM, but a text that is long enough");
+    Out(0, {"import", "in/a/1", "-o", "in/b/before.kds"});
     m_Folder.Write("in/b/cut.dcm", std::string_view(one).substr(0, 1000));
     const auto streams = [this](const char* folder) {
         std::set<std::string> names;
@@ -205,9 +206,10 @@ TEST_F(ToolTest, KeepsTheStructureOfFoldersAndNamesWhatItSkips)
     using Names = std::set<std::string>;
     const Result result = Run({"import", "in", "-o", "out"});
     EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.out, "4 of 6 files imported\n");
+    EXPECT_EQ(result.out, "4 of 7 files imported\n");
     EXPECT_TRUE(Has(result.errors, "in/b/notes.txt: is neither a DICOM file nor a collection stream"))
         << result.errors;
+    EXPECT_TRUE(Has(result.errors, "in/b/before.kds: is a collection stream, skipped")) << result.errors;
     EXPECT_GT(NumberAfter(result.errors, "in/b/cut.dcm: breaks off at byte "), 500) << result.errors;
     EXPECT_EQ(streams("out"), (Names{"a/1.kds", "a/1.dcm.kds", "b/1.kds", "b/1.2.840.5.kds"}));
 

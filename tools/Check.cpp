@@ -6,6 +6,7 @@
 #include <CLI/CLI.hpp>
 #include <fmt/core.h>
 
+#include <memory>
 #include <string>
 
 namespace kivds::tool {
@@ -61,11 +62,11 @@ int Check(const std::string& file, Console& console)
 
 void AddCheck(CLI::App& app, Console& console, int& status)
 {
-    static std::string file;
+    const auto file = std::make_shared<std::string>();
     CLI::App* const command = app.add_subcommand(
         "check", "Read a file within its bounds and say whether it is sound, or where it breaks");
-    command->add_option("FILE", file, "A collection stream or a DICOM file")->required();
-    command->callback([&console, &status] { status = Check(file, console); });
+    command->add_option("FILE", *file, "A collection stream or a DICOM file")->required();
+    command->callback([file, &console, &status] { status = Check(*file, console); });
 }
 
 } // namespace kivds::tool

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <memory>
 #include <set>
 
 namespace kivds::tool {
@@ -298,14 +299,14 @@ int Compare(const DiffOptions& options, Console& console)
 
 void AddDiff(CLI::App& app, Console& console, int& status)
 {
-    static DiffOptions options;
+    const auto options = std::make_shared<DiffOptions>();
     CLI::App* const command =
         app.add_subcommand("diff", "Compare two files: - only in A, + only in B, < old and > new of what "
                                    "changed, ! what a collection does "
                                    "not keep. Exit status 0 same, 1 different, 2 trouble");
-    command->add_option("A", options.a, "A DICOM file or a collection stream")->required();
-    command->add_option("B", options.b, "A DICOM file or a collection stream")->required();
-    command->callback([&console, &status] { status = Compare(options, console); });
+    command->add_option("A", options->a, "A DICOM file or a collection stream")->required();
+    command->add_option("B", options->b, "A DICOM file or a collection stream")->required();
+    command->callback([options, &console, &status] { status = Compare(*options, console); });
 }
 
 } // namespace kivds::tool

@@ -6,6 +6,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include <memory>
+
 namespace kivds::tool {
 namespace {
 
@@ -31,11 +33,11 @@ int Dump(const DumpOptions& options, Console& console)
 
 void AddDump(CLI::App& app, Console& console, int& status)
 {
-    static DumpOptions options;
+    const auto options = std::make_shared<DumpOptions>();
     CLI::App* const command = app.add_subcommand("dump", "Show what the collection of a file holds");
-    command->add_option("FILE", options.file, "A DICOM file or a collection stream")->required();
-    command->add_flag("--json", options.json, "As JSON: every value in full");
-    command->callback([&console, &status] { status = Dump(options, console); });
+    command->add_option("FILE", options->file, "A DICOM file or a collection stream")->required();
+    command->add_flag("--json", options->json, "As JSON: every value in full");
+    command->callback([options, &console, &status] { status = Dump(*options, console); });
 }
 
 } // namespace kivds::tool

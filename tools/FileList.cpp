@@ -37,7 +37,7 @@ bool FileList::Add(const fs::path& path, Console& console, const fs::path& excep
     }
     if (!fs::is_directory(status)) {
         m_Roots.push_back(Normal(path.parent_path().empty() ? "." : path.parent_path()));
-        AddOnce(path);
+        AddOnce(path, true);
         return true;
     }
     m_Roots.push_back(Normal(path));
@@ -59,14 +59,14 @@ bool FileList::Add(const fs::path& path, Console& console, const fs::path& excep
     }
     std::sort(found.begin(), found.end());
     for (const fs::path& file : found)
-        AddOnce(file);
+        AddOnce(file, false);
     return isWhole;
 }
 
-void FileList::AddOnce(const fs::path& file)
+void FileList::AddOnce(const fs::path& file, bool isNamed)
 {
     if (m_Seen.insert(Normal(file).string()).second)
-        m_Files.push_back(file);
+        m_Files.push_back({file, isNamed});
 }
 
 fs::path FileList::CommonFolder() const

@@ -10,6 +10,12 @@ namespace kivds::tool {
 
 class Console;
 
+struct ListedFile
+{
+    std::filesystem::path path;
+    bool isNamed; // on the command line; else found in a folder
+};
+
 class FileList
 {
 public:
@@ -18,14 +24,14 @@ public:
     /// name or a folder cannot be read.
     bool Add(const std::filesystem::path& path, Console& console, const std::filesystem::path& except = {});
 
-    const std::vector<std::filesystem::path>& Files() const { return m_Files; }
+    const std::vector<ListedFile>& Files() const { return m_Files; }
     /// The deepest folder that all files lie below; of the paths as they were given, made absolute.
     std::filesystem::path CommonFolder() const;
 
 private:
-    void AddOnce(const std::filesystem::path& file);
+    void AddOnce(const std::filesystem::path& file, bool isNamed);
 
-    std::vector<std::filesystem::path> m_Files;
+    std::vector<ListedFile> m_Files;
     std::set<std::string> m_Seen;
     std::vector<std::filesystem::path> m_Roots; // the folder of each file given, and each folder given
 };

@@ -8,6 +8,7 @@
 #include <fmt/core.h>
 
 #include <limits>
+#include <memory>
 
 namespace kivds::tool {
 namespace {
@@ -80,16 +81,16 @@ int Frames(const FramesOptions& options, Console& console)
 
 void AddFrames(CLI::App& app, Console& console, int& status)
 {
-    static FramesOptions options;
+    const auto options = std::make_shared<FramesOptions>();
     CLI::App* const command =
         app.add_subcommand("frames", "Show or write the complete collection of each frame");
-    command->add_option("FILE", options.file, "A DICOM file or a collection stream")->required();
-    command->add_option("--frame", options.frame, "Only frame N, counted from 1")
+    command->add_option("FILE", options->file, "A DICOM file or a collection stream")->required();
+    command->add_option("--frame", options->frame, "Only frame N, counted from 1")
         ->type_name("N")
         ->check(CLI::Range(1, std::numeric_limits<int>::max()));
-    command->add_option("-o", options.folder, "Write streams frame0001.kds, ... to the folder DIR instead")
+    command->add_option("-o", options->folder, "Write streams frame0001.kds, ... to the folder DIR instead")
         ->type_name("DIR");
-    command->callback([&console, &status] { status = Frames(options, console); });
+    command->callback([options, &console, &status] { status = Frames(*options, console); });
 }
 
 } // namespace kivds::tool

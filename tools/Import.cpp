@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <memory>
 #include <set>
 
 namespace kivds::tool {
@@ -55,6 +56,12 @@ bool SameFile(const fs::path& a, const fs::path& b)
     return fs::equivalent(a, b, code) && !code;
 }
 
+bool IsStream(const fs::path& path)
+{
+    const std::string start = ReadStart(path);
+    return !BeginsAsDicom(start) && BeginsAsStream(start);
+}
+
 int ImportOne(const fs::path& file, const fs::path& target, Console& console, std::string& told)
 {
     if (SameFile(file, target)) {
@@ -91,10 +98,13 @@ int Import(const ImportOptions& options, Console& console)
     std::size_t imported = 0;
     std::string told;
     console.StartProgress(list.Files().size());
-    for (const fs::path& file : list.Files()) {
+    for (const auto& [file, isNamed] : list.Files()) {
         console.Step(file.string());
-        const int result =
-            ImportOne(file, isFileName ? fs::path(options.out) : targets.For(file), console, told);
+        int result = kNo;
+        if (!isNamed && IsStream(file)) // most likely one that was written here before
+            console.Message(file, "is a collection stream, skipped");
+        else
+            result = ImportOne(file, isFileName ? fs::path(options.out) : targets.For(file), console, told);
         Worsen(status, result);
         imported += result == kDone ? 1 : 0;
     }
@@ -110,17 +120,17 @@ int Import(const ImportOptions& options, Console& console)
 
 void AddImport(CLI::App& app, Console& console, int& status)
 {
-    static ImportOptions options;
+    const auto options = std::make_shared<ImportOptions>();
     CLI::App* const command = app.add_subcommand("import", "Write the collection streams of DICOM files");
-    command->add_option("FILE", options.files, "DICOM files, and folders that are walked recursively")
+    command->add_option("FILE", options->files, "DICOM files, and folders that are walked recursively")
         ->required();
     command
         ->add_option(
-            "-o", options.out,
+            "-o", options->out,
             "The stream's file; of several files or a folder the folder for their streams (default: the "
             "current folder)")
         ->type_name("OUT");
-    command->callback([&console, &status] { status = Import(options, console); });
+    command->callback([options, &console, &status] { status = Import(*options, console); });
 }
 
 } // namespace kivds::tool

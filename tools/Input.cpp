@@ -114,6 +114,15 @@ bool ReadFile(const std::filesystem::path& path, std::string& bytes, std::string
     return !file.bad();
 }
 
+std::string ReadStart(const std::filesystem::path& path)
+{
+    std::string start(132, '\0');
+    std::ifstream file(path, std::ios::binary);
+    file.read(start.data(), static_cast<std::streamsize>(start.size()));
+    start.resize(static_cast<std::size_t>(file.gcount()));
+    return start;
+}
+
 bool BeginsAsDicom(std::string_view bytes)
 {
     return bytes.size() >= 132 && bytes.substr(128, 4) == "DICM";
@@ -210,11 +219,7 @@ Input OpenInput(const std::filesystem::path& path, Console& console)
 {
     Input input;
     input.path = path;
-    char head[132] = {};
-    std::ifstream probe(path, std::ios::binary);
-    probe.read(head, sizeof head);
-    const std::string_view start(head, static_cast<std::size_t>(probe.gcount()));
-    probe.close();
+    const std::string start = ReadStart(path);
     if (BeginsAsDicom(start) || (!BeginsAsStream(start) && !IsOldStream(input, start)))
         OpenDicom(input, console);
     else if (!input)

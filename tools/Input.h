@@ -30,6 +30,8 @@ Input OpenInput(const std::filesystem::path& path, Console& console);
 
 /// The bytes of a file; false with the cause in `error`.
 bool ReadFile(const std::filesystem::path& path, std::string& bytes, std::string& error);
+/// The first bytes of a file, as many as tell what it is; empty when it cannot be read.
+std::string ReadStart(const std::filesystem::path& path);
 /// Whether a file begins as a collection stream does (docs/streams.md).
 bool BeginsAsStream(std::string_view bytes);
 /// Whether it begins as a DICOM file does (PS3.10 7.1).

@@ -11,6 +11,7 @@
 #include <fmt/core.h>
 
 #include <map>
+#include <memory>
 #include <unordered_set>
 
 namespace kivds::tool {
@@ -110,7 +111,7 @@ int GatherSeries(const std::string& folder, Console& console)
         return kTrouble;
     std::map<std::string, Series> series;
     console.StartProgress(list.Files().size());
-    for (const std::filesystem::path& path : list.Files()) {
+    for (const auto& [path, isNamed] : list.Files()) {
         console.Step(path.string());
         const Input input = OpenInput(path, console);
         if (!input) {
@@ -139,12 +140,12 @@ int GatherSeries(const std::string& folder, Console& console)
 
 void AddSeries(CLI::App& app, Console& console, int& status)
 {
-    static std::string folder;
+    const auto folder = std::make_shared<std::string>();
     CLI::App* const command = app.add_subcommand(
         "series", "Gather the objects of a series and show which attributes are constant and which vary");
-    command->add_option("DIR", folder, "A folder, walked recursively; each series in it is shown by itself")
+    command->add_option("DIR", *folder, "A folder, walked recursively; each series in it is shown by itself")
         ->required();
-    command->callback([&console, &status] { status = GatherSeries(folder, console); });
+    command->callback([folder, &console, &status] { status = GatherSeries(*folder, console); });
 }
 
 } // namespace kivds::tool

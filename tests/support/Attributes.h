@@ -8,10 +8,12 @@
 #include "tests/support/FailingNew.h"
 #include "tests/support/Reports.h"
 
+#include <algorithm>
 #include <cstring>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <utility>
 #include <vector>
 
