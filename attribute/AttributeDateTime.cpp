@@ -32,7 +32,7 @@ int* IntegersOf(const SKivAGAttributeValue& value)
 /// belongs to none.
 PieceReader SplitDicomString(std::string_view text)
 {
-    return PieceReader(text, "\\", LastPiece::WithoutFinal);
+    return {text, "\\", LastPiece::WithoutFinal};
 }
 
 } // namespace

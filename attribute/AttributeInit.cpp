@@ -35,7 +35,7 @@ bool CKivDSDicomAttribute::InitFromDicomElement(int n, char* element, bool, bool
     m_ulTag = ReadField<std::uint32_t>(element, 0);
     m_nRepresentation = ReadField<std::int32_t>(element, 4);
     const auto length = ReadField<std::int32_t>(element, 152);
-    const auto data = ReadField<const char*>(element, 156);
+    const char* const data = ReadField<const char*>(element, 156);
     m_bMustReplicate = mustReplicate;
     m_bPrivate = false;
     const bool ok = m_ulTag == kPixelData ? MakePixelDataAttribute(m_nRepresentation, data)
@@ -87,7 +87,7 @@ bool CKivDSDicomAttribute::HoldsBytes(const char* data) const
 // conversion would release before it reads them: then it reads a copy.
 bool CKivDSDicomAttribute::ConvertElement(int representation, int length, const char* data, int expectedCount)
 {
-    if (!data || length <= 0 || !HoldsBytes(data))
+    if (!data || length <= 0 || m_nNumberOfValues == 0 || !HoldsBytes(data))
         return Dicom2Attribute(representation, length, data, expectedCount);
     const kivds::Block copy = kivds::NewBlock(length);
     if (!copy)

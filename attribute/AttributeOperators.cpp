@@ -105,7 +105,8 @@ void CKivDSDicomAttribute::AppendValues(const CKivDSDicomAttribute& b)
     const bool all = b.MustReplicate();
     const int held = m_nNumberOfValues;
     // An index also pays where many values meet many, once.
-    constexpr std::int64_t manyPairs = GatheredValues::kWorthwhile * GatheredValues::kWorthwhile;
+    constexpr std::int64_t manyPairs =
+        std::int64_t{GatheredValues::kWorthwhile} * GatheredValues::kWorthwhile;
     if (!all && !m_pGathered && std::int64_t{held} * b.m_nNumberOfValues >= manyPairs)
         m_pGathered.reset(new (std::nothrow) GatheredValues);
     const bool indexed = !all && m_pGathered && m_pGathered->Index(m_pValues, held);

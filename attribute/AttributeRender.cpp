@@ -135,9 +135,9 @@ void CKivDSDicomAttribute::Dump()
 void CKivDSDicomAttribute::DumpDicomInfo()
 {
     char line[300];
-    std::snprintf(line, sizeof line, "\n Attribute:  Group: %d, Element %d, Repr: %s Values: %d \n",
-                  static_cast<int>(m_ulTag >> 16), static_cast<int>(m_ulTag & 0xFFFF),
-                  kivds::RepresentationOf(m_nRepresentation).description, m_nNumberOfValues);
+    (void)std::snprintf(line, sizeof line, "\n Attribute:  Group: %d, Element %d, Repr: %s Values: %d \n",
+                        static_cast<int>(m_ulTag >> 16), static_cast<int>(m_ulTag & 0xFFFF),
+                        kivds::RepresentationOf(m_nRepresentation).description, m_nNumberOfValues);
     kivds::SendDumpLine(line);
 }
 

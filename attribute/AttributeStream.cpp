@@ -19,7 +19,7 @@
 #include "platform/internal/ByteReader.h"
 #include "platform/internal/ByteWriter.h"
 
-#include <limits>
+#include <typeinfo>
 
 using kivds::ByteReader;
 using kivds::ByteWriter;
@@ -27,18 +27,33 @@ using kivds::Operation;
 
 namespace {
 
+constexpr int kFixedLength = 19; // of an attribute stream without values and frames
 constexpr int kValueOverhead = 12;
 constexpr const wchar_t* kInvalidValue = L"Invalid input parameter";
 
-/// The bytes of the value stream that starts at `reader`; 0 when it is none: of no known type, with a
-/// negative count, or reaching past the reader's limit.
+/// What a value stream begins with; no element size when that is no value: an unknown type, a negative count.
+struct ValueHeader
+{
+    tagEKivAGAttributeType type;
+    int count;
+    std::int64_t bytes;
+
+    explicit ValueHeader(ByteReader& reader)
+        : type(static_cast<tagEKivAGAttributeType>(reader.I32())), count(reader.I32()),
+          bytes(kivds::ByteSize(type, count))
+    {
+        if (kivds::ElementSize(type) == 0 || count < 0)
+            reader.Fail();
+    }
+};
+
+/// The bytes of the value stream that starts at `reader`; 0 when it is none or reaches past the limit.
 int ValueStreamLength(ByteReader reader)
 {
-    const auto type = static_cast<tagEKivAGAttributeType>(reader.I32());
-    const int count = reader.I32();
-    const std::int64_t length = kValueOverhead + kivds::ByteSize(type, count);
-    const bool known = kivds::ElementSize(type) > 0 && count >= 0;
-    return known && reader.Take(length - 8) ? static_cast<int>(length) : 0;
+    const ValueHeader header(reader);
+    reader.Take(header.bytes);
+    reader.I32();
+    return reader.Ok() ? static_cast<int>(kValueOverhead + header.bytes) : 0;
 }
 
 } // namespace
@@ -66,48 +81,43 @@ bool CKivDSDicomAttribute::Serialize(const SKivAGAttributeValue& value, char* bu
     return true;
 }
 
-// The fields of the attribute stream, for the length (a counting writer) and for the bytes alike.
-bool CKivDSDicomAttribute::WriteFields(ByteWriter& writer, int total, const Operation& op) const
+// Whether the object is of exactly this class. Its value operations are then the ones above, and are called
+// without the virtual table: a collection asks for the length and the bytes of thousands of values.
+bool CKivDSDicomAttribute::IsPlain() const
 {
-    writer.I32(total);
-    writer.U32(m_ulTag);
-    writer.I32(m_nRepresentation);
-    writer.U8(m_bPrivate);
-    writer.U8(m_bMustReplicate);
-    writer.I32(m_nNumberOfValues);
-    for (int i = 0; i < m_nNumberOfValues; ++i) {
-        int length = 0;
-        if (!Serialize(m_pValues[i], writer.Position(), length))
-            return op.Fail(L" Unable to serialize the attribute value ");
-        // A value that is too long to have a length leaves none to the stream.
-        writer.Advance(length > 0 ? length : std::int64_t{std::numeric_limits<int>::max()} + 1);
-    }
-    writer.U8(IsMultiFrame());
-    if (IsMultiFrame()) {
-        int length = 0;
-        if (!kivds::WriteFrameRange(*m_pFrameRange, writer.Position(), length) && writer.Counting())
-            return op.Fail(L"Failed to obtain serialization size of frame range collection");
-        writer.Advance(length);
-    }
-    return true;
+    return typeid(*this) == typeid(CKivDSDicomAttribute);
 }
 
 int CKivDSDicomAttribute::GetSize() const
 {
-    ByteWriter counter(nullptr);
-    return WriteFields(counter, 0, Operation(L"CKivDSDicomAttribute::GetSize"))
-               ? kivds::StreamLength(counter.Written())
-               : 0;
+    const bool plain = IsPlain();
+    std::int64_t length = kFixedLength;
+    for (int i = 0; i < m_nNumberOfValues; ++i) {
+        const int value = plain ? CKivDSDicomAttribute::GetSize(m_pValues[i]) : GetSize(m_pValues[i]);
+        if (value <= 0) // a value that is too long to have a length leaves none to the stream
+            return 0;
+        length += value;
+    }
+    if (IsMultiFrame()) {
+        int frames = 0;
+        if (!kivds::WriteFrameRange(*m_pFrameRange, nullptr, frames)) {
+            Operation(L"CKivDSDicomAttribute::GetSize")
+                .Report(L"Failed to obtain serialization size of frame range collection");
+            return 0;
+        }
+        length += frames;
+    }
+    return kivds::StreamLength(length);
 }
 
 bool CKivDSDicomAttribute::Serialize(char* buffer, int& size) const
 {
-    const Operation op(L"CKivDSDicomAttribute::Serialize");
     const int expected = GetSize();
     if (!buffer) {
         size = expected;
         return true;
     }
+    const Operation op(L"CKivDSDicomAttribute::Serialize");
     ByteWriter writer(buffer);
     // Without a length the caller's buffer has no size to speak of, and nothing is written.
     if (expected > 0 && !WriteFields(writer, expected, op))
@@ -116,27 +126,72 @@ bool CKivDSDicomAttribute::Serialize(char* buffer, int& size) const
     return size > 0 || op.Fail(L" Inconsistent attribute format: serialization aborted");
 }
 
+bool CKivDSDicomAttribute::WriteFields(ByteWriter& writer, int total, const Operation& op) const
+{
+    const bool plain = IsPlain();
+    writer.I32(total);
+    writer.U32(m_ulTag);
+    writer.I32(m_nRepresentation);
+    writer.U8(m_bPrivate);
+    writer.U8(m_bMustReplicate);
+    writer.I32(m_nNumberOfValues);
+    for (int i = 0; i < m_nNumberOfValues; ++i) {
+        int length = 0;
+        if (!(plain ? CKivDSDicomAttribute::Serialize(m_pValues[i], writer.Position(), length)
+                    : Serialize(m_pValues[i], writer.Position(), length)))
+            return op.Fail(L" Unable to serialize the attribute value ");
+        writer.Advance(length);
+    }
+    const bool multiFrame = IsMultiFrame();
+    writer.U8(multiFrame);
+    if (multiFrame) {
+        int length = 0;
+        kivds::WriteFrameRange(*m_pFrameRange, writer.Position(), length);
+        writer.Advance(length);
+    }
+    return true;
+}
+
 bool CKivDSDicomAttribute::Deserialize(const char* buffer, int& size, SKivAGAttributeValue& value,
                                        bool inlineAllowed)
 {
     const Operation op(L"CKivDSDicomAttribute::Deserialize");
-    const int length = buffer ? ValueStreamLength(ByteReader::Unbounded(buffer)) : 0;
-    if (length == 0)
+    if (!buffer)
         return op.Fail(kInvalidValue);
-    ByteReader reader(buffer, length);
-    const auto type = static_cast<tagEKivAGAttributeType>(reader.I32());
-    const int count = reader.I32();
-    const int bytes = length - kValueOverhead;
-    const bool inside = inlineAllowed && bytes < static_cast<int>(sizeof m_InlineData);
-    kivds::Block block = inside ? nullptr : kivds::NewBlock(bytes);
+    ByteReader reader = ByteReader::Unbounded(buffer);
+    if (!ReadValue(reader, value, inlineAllowed, op))
+        return false;
+    size = reader.Consumed();
+    return true;
+}
+
+bool CKivDSDicomAttribute::ReadValue(ByteReader& reader, SKivAGAttributeValue& value, bool inlineAllowed,
+                                     const Operation& op)
+{
+    const ValueHeader header(reader);
+    const char* const elements = reader.Take(header.bytes);
+    const int inSequenceIndex = reader.I32();
+    if (!reader.Ok())
+        return op.Fail(kInvalidValue);
+    const bool inside = inlineAllowed && header.bytes < static_cast<std::int64_t>(sizeof m_InlineData);
+    kivds::Block block = inside ? nullptr : kivds::NewBlock(header.bytes);
     if (!inside && !block)
         return op.Fail(L"Failed to allocate attribute value data buffer");
     char* const data = inside ? m_InlineData : block.release();
-    kivds::CopyLittleEndian(data, reader.Take(bytes), count, kivds::ElementSize(type));
-    value = {count, type, reader.I32(), data};
+    kivds::CopyLittleEndian(data, elements, header.count, kivds::ElementSize(header.type));
+    value = {header.count, header.type, inSequenceIndex, data};
     m_bPreallocatedData = inside;
-    size = length;
     return true;
+}
+
+// The value's operation is given no length, so the value is measured before it is called.
+bool CKivDSDicomAttribute::ReadOverriddenValue(ByteReader& reader, SKivAGAttributeValue& value,
+                                               const Operation& op)
+{
+    int length = 0;
+    if (ValueStreamLength(reader) == 0)
+        return op.Fail(kInvalidValue);
+    return Deserialize(reader.Position(), length, value, false) && reader.Take(length);
 }
 
 bool CKivDSDicomAttribute::Deserialize(const char* buffer, int& size, bool versioned, int version)
@@ -193,13 +248,11 @@ bool CKivDSDicomAttribute::ReadFields(ByteReader& reader, bool versioned, const 
     }
     if (count > 0 && !AllocAttributeValue(count))
         return op.Fail(L"Failed to allocate attribute value array");
+    const bool plain = IsPlain();
     for (; m_nNumberOfValues < count; ++m_nNumberOfValues) {
-        // The value's operation is given no length, so the value is measured before it is called.
-        int length = 0;
-        const bool whole = ValueStreamLength(reader) > 0 || op.Fail(kInvalidValue);
-        if (!whole || !Deserialize(reader.Position(), length, m_pValues[m_nNumberOfValues], false))
+        SKivAGAttributeValue& value = m_pValues[m_nNumberOfValues];
+        if (!(plain ? ReadValue(reader, value, false, op) : ReadOverriddenValue(reader, value, op)))
             return op.Fail(L" Unable to deserialize the attribute value ");
-        reader.Take(length);
     }
     if (!versioned)
         return true;

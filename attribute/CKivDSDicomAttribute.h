@@ -21,6 +21,11 @@ class Operation;
 
 /// Failures are reported to the error sink under "CKivDSDicomAttribute::" and the operation's name, with code
 /// 0 where nothing else is said; the operation then gives false or null. No exception leaves an operation.
+///
+/// Representation codes stand for value representations (PS3.5 6.2): 0 AE, 1 AS, 2 AT, 3 CS, 4 DA, 6 DS, 7
+/// FD, 8 FL, 9 IS, 10 LO, 11 LT, 12 UT, 14 SH, 15 SL, 16 SQ, 17 SS, 18 ST, 19 TM, 20 UI, 21 UL, 22 US, 23 UN,
+/// 26 PN, 27 OB, 28 OW, 30 DT; or for what the standard has no letters for: 5 data set, 13 other binary, 24
+/// retired, 25 context sensitive, 32 delimiter. Any other number is kept, and stands for nothing.
 class KIVDS_API CKivDSDicomAttribute
 {
 public:
@@ -32,19 +37,33 @@ public:
 
     // The virtual operations stand in the order of the virtual table.
 
-    /// Reads tag, representation code, value length and value pointer from a DICOM toolkit's element record,
-    /// at byte offsets 0, 4, 152 and 156 (32-bit fields), and initialises as InitFromDicomData does, with an
-    /// expected count of 1; a sequence gets no placeholder. `n` must be positive; the third argument is not
-    /// used. The must-replicate flag becomes `mustReplicate`, the private flag false (true for Pixel Data).
-    /// " Bad input parameters ", " Unable to initialize the attribute object ".
+    /// Initialises from a DICOM toolkit's element record, of which four fields are read: at byte offset 0 the
+    /// tag, at 4 the representation code, at 152 the value's length in bytes, each of 32 bits in the
+    /// machine's byte order, and at 156 the address of its bytes: a pointer of this process, so that a 64-bit
+    /// process reads eight bytes there. Converts as InitFromDicomData does with an expected count of 1, but
+    /// - length and address are left to the conversion to refuse, which does not fail the initialisation;
+    /// - a sequence (code 16) gets no placeholder: the values stay as they are;
+    /// - the values' in-sequence index is what the conversion gives, 0;
+    /// - the must-replicate flag becomes `mustReplicate` for Pixel Data, too.
+    ///
+    /// `n` must be positive; the third argument is not used. The private flag becomes false, for Pixel Data
+    /// true. " Bad input parameters " (`n`, a null `element`), " Unable to initialize the attribute object "
+    /// (a derived class's conversion gave false, or memory ran out).
     virtual bool InitFromDicomElement(int n, char* element, bool, bool mustReplicate);
     /// Initialises an attribute without values from an element's value field: `length` bytes at `data`, text
     /// as it stands (PS3.5 6.2), numbers little-endian. Each representation code has its conversion
-    /// (PS3.5 6.2; see attribute/internal/Representation.h); what a conversion cannot read it reports itself,
-    /// and the initialisation succeeds all the same. Pixel Data (7FE0,0010) and sequences (code 16) become a
-    /// private placeholder value; their bytes are not read. Every value gets `inSequenceIndex`.
-    /// `expectedCount` (not negative) counts for DA and TM alone: 1 when the whole text is one value, else
-    /// backslash-separated values. " Bad input parameters ", " Unable to initialize the attribute object ".
+    /// (Convert2String and what follows it for text, Convert2VectOfScalars for the rest); what a conversion
+    /// cannot read it reports itself, and the initialisation succeeds all the same. Codes without a
+    /// conversion, and AS text that begins with a NUL, leave the values as they are. Every value gets
+    /// `inSequenceIndex`. `expectedCount` (not negative) counts for DA and TM alone: 1 when the whole text is
+    /// one value, else backslash-separated values. The private flag becomes false, the must-replicate flag
+    /// `mustReplicate`.
+    ///
+    /// Pixel Data (7FE0,0010) and sequences (code 16) become a private placeholder whose in-sequence index is
+    /// 0; `length` and `data` are not read. Of Pixel Data that is one value of four characters, the tag's
+    /// bytes in little-endian order, and the must-replicate flag stays as it is; of a sequence one unsigned
+    /// integer, the tag. " Bad input parameters " (no bytes), " Unable to initialize the attribute object "
+    /// (as for InitFromDicomElement).
     virtual bool InitFromDicomData(unsigned long tag, int representation, int length, const char* data,
                                    const char*, bool, bool mustReplicate, int inSequenceIndex,
                                    int expectedCount);
@@ -96,14 +115,17 @@ public:
     virtual bool GetTag(unsigned long* out) const;
     /// Always null: no description is kept.
     virtual char* GetDescription() const;
+    /// The representation code; see the list at the top of the class.
     virtual int GetDicomRepresentation() const;
     /// " Nul output parameter pointer ".
     virtual bool GetNumberOfValues(int* out) const;
     /// A copy of value `i` in a new heap block, which the caller releases with DeleteAttributeValue;
-    /// GetValuePtr lends the value without a copy. " Bad input / output parameters ".
+    /// GetValuePtr lends the value without a copy. " Bad input / output parameters "; under
+    /// "CopyAttributeValue" what that reports.
     virtual bool GetValue(int i, SKivAGAttributeValue* out) const;
-    /// Replaces value `i` by a copy of `*in` in a new heap block. " Bad input / output parameters "; "Invalid
-    /// input buffer " under CopyAttributeValue when `*in` has no data.
+    /// Replaces value `i` by a copy of `*in` in a new heap block; the former block is released.
+    /// " Bad input / output parameters "; under CopyAttributeValue "Invalid input buffer " when `*in` has no
+    /// data, and "Failed to allocate destination buffer". The former value stays then.
     virtual bool SetValue(int i, SKivAGAttributeValue* in);
     /// Renders value `index` as NUL-terminated text of at most `bufferSize - 1` characters; `bufferSize` is
     /// at least 1. "Invalid input attribute index": `text` is then not touched.
@@ -117,13 +139,16 @@ public:
     /// unless one of them has an index other than 0 already. "Failed to create new DICOM attribute".
     virtual bool CreateInSequenceInitializedCopy(CKivDSDicomAttribute*& out) const;
     /// Makes the attribute multi-frame with the `count` frames at `frames`, and clears both flags. One value
-    /// then holds an element a frame, several values are one a frame. "Failed to allocate frame range":
-    /// single-frame then.
+    /// then holds an element a frame (of one element: for every frame), several values are one a frame.
+    /// Whether the values suffice is not checked. Frames that the frame range refuses
+    /// (CKivIPPRangeIDC::SetFrames) are no failure: the attribute is then multi-frame without a frame.
+    /// "Failed to allocate frame range": single-frame then.
     virtual bool SetMultiFrameInfo(int count, int* frames);
-    /// The same with the frames `first` to `second`, inclusive.
+    /// The same with the frames `first` to `second`, inclusive; `first` above `second` is refused as above.
     virtual bool SetMultiFrameInfo(int first, int second);
     /// Makes the attribute single-frame; always true.
     virtual bool ResetMultiFrameInfo();
+    /// Whether the attribute has a frame range.
     virtual bool IsMultiFrame() const;
     /// A new copy of the frame range, owned by the caller; null when not multi-frame. "Failed to create new
     /// CKivIPPRangeIDC object".
@@ -133,39 +158,67 @@ public:
     virtual bool DeleteAttributeValue(SKivAGAttributeValue& v) const;
     /// 0 for this class, 1 for CKivDSCodeSequenceAttribute.
     virtual int GetType() const;
-    /// Sends the attribute's lines to the dump listener (attribute/DumpListener.h).
+    /// Sends the attribute's lines to the dump listener (attribute/DumpListener.h): those of the two
+    /// operations that follow, then the frame range's.
     virtual void Dump();
+    /// The line of tag (two decimal numbers), representation and number of values.
     virtual void DumpDicomInfo();
-    /// False when the attribute has no values.
+    /// The line of the values as text. False when the attribute has no values.
     virtual bool DumpValuesInfo();
 
 protected:
-    /// Bytes of a value stream, and of the attribute stream; 0 when the frame range cannot tell its size
-    /// ("Failed to obtain serialization size of frame range collection") or an int cannot hold the length.
+    /// Bytes of a value stream; 0 when an int cannot hold the length.
     virtual int GetSize(const SKivAGAttributeValue& value) const;
+    /// Bytes of the attribute stream; 0 when the frame range cannot tell its size ("Failed to obtain
+    /// serialization size of frame range collection") or an int cannot hold the length.
     virtual int GetSize() const;
-    /// The dispatch from representation code to conversion. Always true.
+    /// The dispatch from representation code to conversion. Always true: a conversion's result does not
+    /// count.
     virtual bool Dicom2Attribute(int representation, int length, const char* data, int expectedCount);
     /// A hook for subclasses; does nothing and gives false.
     virtual bool Attribute2Dicom();
-    /// Character strings: one NUL-terminated value for each piece between separators that is not empty.
+    /// Character strings: one NUL-terminated value for each piece between separators that is not empty,
+    /// blanks included; a text of separators alone gives none, and true.
+    /// "Failed to allocate attribute value array". This conversion and those that follow replace the values,
+    /// read no byte at or past `text + length`, and report " Bad input parameters " for a null text or a
+    /// `length` below 1.
     virtual bool Convert2String(const char* text, int length, const char* separators, int separatorCount);
-    /// DA: year, month, day. Text of 8 (YYYYMMDD) or 10 (YYYY.MM.DD) characters a date (PS3.5 6.2).
+    /// DA: year, month, day; one value a date. `expectedCount` 1: the whole text is one date; else a date for
+    /// each piece between backslashes that is not empty, where the text's last byte counts as its padding and
+    /// belongs to no piece. " Unable to allocate attribute values "; with code 1 and a blank after the
+    /// operation's name: " Failed to convert the DICOM values " (no piece), " Failed to convert the DICOM
+    /// string " (a piece; true, and the values from it on stay 0).
     virtual bool Convert2Date(const char* text, int length, int expectedCount);
+    /// One date of 8 (YYYYMMDD, PS3.5 6.2) or 10 (YYYY.MM.DD) characters into a value of three integers;
+    /// whether it is in the calendar is not checked. " Unsupported DICOM data format " with code 1 and a
+    /// blank after the operation's name (another length, no text, another value).
     virtual bool InternalConvert2Date(const char* text, int length, SKivAGAttributeValue& value);
-    /// TM: hours, minutes, seconds, and the fraction's digits (six at most) as a number (PS3.5 6.2).
+    /// TM: hours, minutes, seconds, fraction; one value a time, with pieces and reports as for Convert2Date.
     virtual bool Convert2Time(const char* text, int length, int expectedCount);
+    /// One time (HHMMSS.FFFFFF, PS3.5 6.2, or HH:MM:SS.FFFFFF) into a value of four integers. The fraction is
+    /// the number that its digits make (six at most): .5 gives 5, .500 gives 500. What the text does not
+    /// reach is 0. " Bad input parameters " (also another value), "Signed to Unsigned conversion error" (a
+    /// fraction below 0; the other three stand).
     virtual bool InternalConvert2Time(const char* text, int length, SKivAGAttributeValue& value);
-    /// DT: year, month, day, hours, minutes, seconds, fraction as in TM, then hours and minutes of the offset
-    /// from UTC, both with its sign (PS3.5 6.2). What the text does not say is 0.
+    /// DT: one value of nine integers: year, month, day, hours, minutes, seconds, fraction as in TM, then
+    /// hours and minutes of the offset from UTC, both with its sign (PS3.5 6.2). What the text does not say
+    /// is 0; fraction and offset are read only after seconds. A text without a whole year gives nine zeros,
+    /// and false without a report. " Unable to allocate attribute values ".
     virtual bool Convert2DateTime(const char* text, int length);
-    /// AS: the number and the character code of its unit (PS3.5 6.2).
+    /// AS: one value of two integers: the number, and the character code of its unit (D, W, M or Y, or the
+    /// same in lower case; PS3.5 6.2). " Unsupported DICOM age string " (no unit), " Unable to allocate
+    /// attribute values ".
     virtual bool Convert2Age(const char* text, int length);
     /// PN: one NUL-terminated value for each name component that is not empty, of all names and groups
-    /// (PS3.5 6.2).
+    /// (PS3.5 6.2). "Failed to allocate new attribute value array".
     virtual bool Convert2PersonName(const char* text, int length);
-    /// DS and IS: one value of as many elements as there are numbers (PS3.5 6.2).
+    /// DS: one value of as many doubles as there are numbers (PS3.5 6.2), read as strtod reads them in the C
+    /// locale. One character is skipped between two numbers; what is no number ends the reading.
+    /// " Unsupported DICOM decimal string format " (no number; no values are left),
+    /// " Unable to allocate the attribute values  ".
     virtual bool Convert2Double(const char* text, int length);
+    /// IS: the same with integers (PS3.5 6.2); one beyond 32 bits becomes the nearest that fits.
+    /// " Unsupported DICOM integer string format ", " Unable to allocat the attribute values ".
     virtual bool Convert2Int(const char* text, int length);
     /// Copies a whole value into a record of this attribute; `valueIndex` is the record's position. At
     /// position 0 data of fewer than 16 bytes goes inside the attribute. "Invalid input parameter", "Invalid
@@ -173,8 +226,9 @@ protected:
     virtual bool CopyAttributeValue(const SKivAGAttributeValue* const src, SKivAGAttributeValue* const dst,
                                     int valueIndex);
     /// Cleans, then makes `nValues` zeroed values of `nElements` elements each; one value of up to 16 bytes
-    /// inside the attribute. "Failed to allocate new attribute value array", "Invalid byte size", "Failed to
-    /// allocate attribute buffer".
+    /// inside the attribute. With `nValues` 0 or less there are no values, which is no failure. "Failed to
+    /// allocate new attribute value array", "Invalid byte size" (a negative `nElements`), "Failed to allocate
+    /// attribute buffer"; after a failure there are no values.
     virtual bool Alloc(int nValues, tagEKivAGAttributeType type, int nElements);
     /// Gives every record the type `t`.
     virtual void SetDataElementType(tagEKivAGAttributeType t);
@@ -206,25 +260,33 @@ public:
     CKivDSDicomAttribute& operator=(const CKivDSDicomAttribute& src);
     /// Equality of values and frame ranges; tag, representation, flags and type take no part.
     bool operator==(const CKivDSDicomAttribute& other);
+    /// The negation of ==.
     bool operator!=(const CKivDSDicomAttribute& other);
-    /// Appends `b`'s values: all of them when `b` must be replicated, else those that are not held yet.
-    /// Nothing happens when tags or representations differ, one side is multi-frame, `b` has no values or `b`
-    /// is this. Reports under "CKivDSDicomAttribute::operator +=" and leaves the attribute as it was: "Failed
-    /// to allocate new array of attribute values", "Failed to allocate new attribute value array".
+    /// Appends `b`'s values: all of them when `b` must be replicated, else those that were not held before
+    /// the call (`b`'s values are not compared with one another). Nothing happens when tags or
+    /// representations differ, one side is multi-frame, `b` has no values or `b` is this.
+    ///
+    /// The values held keep their data where it is, while their records may move, so what GetValuePtr lent is
+    /// no longer valid. Each value appended is copied to a block of its own, with its in-sequence index; the
+    /// first value of an attribute without values goes inside the attribute when it has fewer than 16 bytes.
+    ///
+    /// Reports, and leaves the attribute as it was: "Failed to allocate new array of attribute values" or
+    /// "Failed to allocate new attribute value array" under "CKivDSDicomAttribute::operator +=", "Failed to
+    /// allocate destination buffer" under CopyAttributeValue.
     CKivDSDicomAttribute& operator+=(const CKivDSDicomAttribute& b);
 
 protected:
-    std::uint32_t m_ulTag = 0;
-    std::int32_t m_nRepresentation = 0;
-    bool m_bPrivate = false;
-    bool m_bMustReplicate = false;
-    CKivIPPRangeIDC* m_pFrameRange = nullptr; // owned
-    std::int32_t m_nNumberOfValues = 0;
-    SKivAGAttributeValue* m_pValues = nullptr; // &m_InlineValue or an owned array
-    alignas(8) char m_InlineData[16] = {};     // aligned for doubles
-    SKivAGAttributeValue m_InlineValue = {};
-    bool m_bPreallocatedData = false; // the single value's data lies in m_InlineData
-    std::int32_t m_nType = 0;
+    std::uint32_t m_ulTag = 0;                 ///< group in the high 16 bits, element in the low ones
+    std::int32_t m_nRepresentation = 0;        ///< the representation code
+    bool m_bPrivate = false;                   ///< see IsPrivate
+    bool m_bMustReplicate = false;             ///< see MustReplicate
+    CKivIPPRangeIDC* m_pFrameRange = nullptr;  ///< owned; null: single-frame
+    std::int32_t m_nNumberOfValues = 0;        ///< records in use
+    SKivAGAttributeValue* m_pValues = nullptr; ///< &m_InlineValue or an owned array
+    alignas(8) char m_InlineData[16] = {};     ///< the data of one small value; aligned for doubles
+    SKivAGAttributeValue m_InlineValue = {};   ///< the record of a single value
+    bool m_bPreallocatedData = false;          ///< the single value's data lies in m_InlineData
+    std::int32_t m_nType = 0;                  ///< see GetType
 
     /// The readers' hook behind all forms of Deserialize: reads the attribute's stream through `reader`,
     /// which bounds it, and leaves the reader behind the stream. `size` is set as the public forms set it.
@@ -259,8 +321,13 @@ private:
     template <class T>
     bool ConvertNumbers(const char* text, int length, const SNumberFormat& format,
                         bool (*read)(const char*&, const char*, T&));
+    bool IsPlain() const;
     bool WriteFields(kivds::ByteWriter& writer, int total, const kivds::Operation& op) const;
     bool ReadFields(kivds::ByteReader& reader, bool versioned, const kivds::Operation& op);
+    bool ReadValue(kivds::ByteReader& reader, SKivAGAttributeValue& value, bool inlineAllowed,
+                   const kivds::Operation& op);
+    bool ReadOverriddenValue(kivds::ByteReader& reader, SKivAGAttributeValue& value,
+                             const kivds::Operation& op);
 
     // The records' capacity and index while values are being gathered from many attributes; null otherwise.
     std::unique_ptr<kivds::GatheredValues> m_pGathered;
@@ -268,6 +335,7 @@ private:
 
 /// The same as the member operators.
 KIVDS_API bool operator==(const CKivDSDicomAttribute& a, const CKivDSDicomAttribute& b);
+/// The negation of ==.
 KIVDS_API bool operator!=(const CKivDSDicomAttribute& a, const CKivDSDicomAttribute& b);
 /// Orders value by value, then by the number of values. Under "operator <" with code 1: "Attempt to
 /// quantitatively compare multiframe attributes" (the comparison goes on), and the values' own report when

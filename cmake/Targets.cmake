@@ -1,6 +1,10 @@
 # How every target of ours is built, and how a shared library of ours is made.
 include(GNUInstallDirs)
+include(CheckIPOSupported)
 include("${CMAKE_CURRENT_LIST_DIR}/Windows.cmake")
+
+# Optimised builds are optimised across source files: attributes and collections call each other for every element.
+check_ipo_supported(RESULT kivds_ipo OUTPUT kivds_ipo_output LANGUAGES CXX)
 
 # The options that all our own targets share: C++17 without extensions, only what is marked is exported, warnings,
 # sanitizers, and libraries that are found next to the program wherever the tree is installed.
@@ -11,6 +15,7 @@ function(kivds_configure target)
         CXX_VISIBILITY_PRESET hidden
         VISIBILITY_INLINES_HIDDEN ON
         POSITION_INDEPENDENT_CODE ON
+        INTERPROCEDURAL_OPTIMIZATION_RELEASE "${kivds_ipo}"
         INSTALL_RPATH "\$ORIGIN;\$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
     if(MSVC)
         target_compile_options(${target} PRIVATE /W4 /utf-8 $<$<BOOL:${KIVDS_WERROR}>:/WX>)
@@ -18,6 +23,8 @@ function(kivds_configure target)
         target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wconversion -Wshadow
             # The part class declares operations of its facade's names with other parameters on purpose.
             $<$<CXX_COMPILER_ID:Clang>:-Wno-overloaded-virtual>
+            # The library calls its own functions, whatever another module of the process exports by their names.
+            $<$<CXX_COMPILER_ID:GNU>:-fno-semantic-interposition>
             $<$<BOOL:${KIVDS_WERROR}>:-Werror>)
     endif()
     if(KIVDS_SANITIZE)

@@ -11,6 +11,7 @@
 class KIVDS_API CKivDSBaseDicomAttributeCollection : public CKivDSDicomAttributeCollection
 {
 public:
+    /// No attributes, no scope.
     CKivDSBaseDicomAttributeCollection();
     /// Copies every attribute and the scope. An attribute that the factory cannot copy becomes a null entry.
     CKivDSBaseDicomAttributeCollection(const CKivDSBaseDicomAttributeCollection& src);
@@ -25,28 +26,37 @@ public:
     /// Whether a multi-frame attribute was added, here or where the content was copied from; removals do not
     /// change it.
     bool IsMultiFrame() const override;
+    /// False.
     bool IsCompoundCollection() const override;
     using CKivDSDicomAttributeCollection::Deserialize;
     /// Reads a part's stream; the former attributes and the scope go. " Invalid input parameters ", "Failed
     /// to deserialize attribute", "Failed to add attribute to collection"; the attributes read before a
     /// failure stay.
     bool Deserialize(const char* buffer, int& size, bool versioned) override;
-    /// " Unable to initialize the scope object ".
+    /// As the facade's. " Unable to initialize the scope object ".
     CKivIPPScopeC* GetScope() const override;
+    /// As the facade's. " Unable to initialize the scope object ".
     CKivIPPScopeC* GetScopeAsCollection() const override;
-    /// " Unsupported scope type", " Unable to initialize the scope object "; no scope is left.
+    /// As the facade's. " Unsupported scope type", " Unable to initialize the scope object "; no scope is
+    /// left.
     bool SetScope(CKivIPPScopeC* scope, bool copy) override;
+    /// As the facade's, multi-frame attributes included.
     bool AddAttribute(CKivDSDicomAttribute* attr, bool merge) override;
+    /// Removes and deletes the attribute of a tag; false, without a report, when there is none.
     bool RemoveAttribute(unsigned long tag) override;
+    /// Removes what is not private. Always true.
     bool RemoveAllAttributes() override;
     /// Removes what is neither private nor multi-frame.
     bool RemoveAllSingleFrameAttributes() override;
     /// Removes what is multi-frame, private or not.
     bool RemoveAllMultiFrameAttributes() override;
-    /// " Null output pointer parameter ".
+    /// The number of attributes, null entries included. " Null output pointer parameter ".
     bool GetNumberOfAttributes(long* count) const override;
+    /// The number of multi-frame attributes. " Null output pointer parameter ".
     bool GetNumberOfMultiFrameAttributes(long* count) const override;
+    /// The number of single-frame attributes. " Null output pointer parameter ".
     bool GetNumberOfSingleFrameAttributes(long* count) const override;
+    /// Sends every attribute's lines to the dump listener, in tag order.
     void Dump() const override;
 
 private:
@@ -59,21 +69,33 @@ public:
     /// Writes the part's stream (docs/streams.md), with a null `buffer` only its length. "Inconsistent
     /// serialization format: serialization aborted" (`size` becomes 0).
     virtual bool Serialize(char* buffer, int& size) const;
+    /// Union: at a tag in both, this attribute accumulates b's when b's must be replicated or the two differ.
+    /// The set operators copy b's attributes, pass over null entries, and with the object itself change
+    /// nothing, but for -= and /=, which then empty it, scope included.
     virtual CKivDSBaseDicomAttributeCollection& operator+=(const CKivDSBaseDicomAttributeCollection& b);
+    /// Every attribute of b, replacing this one's.
     virtual CKivDSBaseDicomAttributeCollection& operator*=(const CKivDSBaseDicomAttributeCollection& b);
+    /// Keeps the attributes that equal b's at the same tag.
     virtual CKivDSBaseDicomAttributeCollection& operator^=(const CKivDSBaseDicomAttributeCollection& b);
+    /// As *=, but b's private attributes are passed over.
     virtual CKivDSBaseDicomAttributeCollection& operator|=(const CKivDSBaseDicomAttributeCollection& b);
+    /// Removes the attributes that equal b's at the same tag.
     virtual CKivDSBaseDicomAttributeCollection& operator-=(const CKivDSBaseDicomAttributeCollection& b);
+    /// Removes the tags at which b holds an attribute that is not private, equal or not.
     virtual CKivDSBaseDicomAttributeCollection& operator/=(const CKivDSBaseDicomAttributeCollection& b);
+    /// The same tags with equal attributes, and the same multi-frame flag. The scopes take no part.
     virtual bool operator==(const CKivDSBaseDicomAttributeCollection& b);
+    /// The negation of ==.
     virtual bool operator!=(const CKivDSBaseDicomAttributeCollection& b);
     /// The attribute of a tag, lent; null in `*out` and false, without a report, when there is none. " Null
     /// output pointer parameter ".
     virtual bool GetAttribute(unsigned long tag, const CKivDSDicomAttribute** out) const;
+    /// The same, to be changed.
     virtual bool GetAttributePtr(unsigned long tag, CKivDSDicomAttribute** out);
     /// The first value of Number of Frames (0028,0008). False without a report when it is absent; "Failed to
     /// retrieve the number of image frames".
     virtual bool GetNumberOfFrames(int* frames) const;
+    /// Whether the tag is held, be it by a null entry.
     virtual bool HasAttribute(unsigned long tag) const;
 
     // What follows is not virtual.
@@ -106,8 +128,13 @@ private:
                                                   const kivds::Operation& op, Condition condition);
     template <class Condition>
     void EraseIf(Condition condition);
-    int GetSize() const;
-    bool WriteFields(kivds::ByteWriter& writer, int total) const;
+    struct SMeasure
+    {
+        int length = 0;
+        int records = 0;
+    };
+    SMeasure Measure() const;
+    bool WriteRecords(kivds::ByteWriter& writer) const;
     bool ReadPart(kivds::ByteReader& reader, int& size, bool versioned);
 
     Map m_Attributes; // owns the attributes; an entry is null when the factory could not copy its attribute
@@ -115,10 +142,13 @@ private:
     CKivIPPScopeC* m_pScope = nullptr; // owned
 };
 
-/// The free operators on parts: new parts, owned by the caller, without a scope.
+/// b's attributes that differ from a's at the tags where a holds one that is not private. This and the other
+/// free operators on parts give a new part without a scope, which the caller owns.
 KIVDS_API CKivDSBaseDicomAttributeCollection* operator/(const CKivDSBaseDicomAttributeCollection& a,
                                                         const CKivDSBaseDicomAttributeCollection& b);
+/// a's attributes at the tags where both are equal.
 KIVDS_API CKivDSBaseDicomAttributeCollection* operator^(const CKivDSBaseDicomAttributeCollection& a,
                                                         const CKivDSBaseDicomAttributeCollection& b);
+/// b's attributes at the tags where both are equal.
 KIVDS_API CKivDSBaseDicomAttributeCollection* operator|(const CKivDSBaseDicomAttributeCollection& a,
                                                         const CKivDSBaseDicomAttributeCollection& b);

@@ -327,6 +327,8 @@ Facade& Facade::operator^=(const Facade& b)
         const std::unique_ptr<Facade> agreedWithMember(*this ^ member);
         if (agreedWithMember)
             agreed += *agreedWithMember;
+        else
+            op.Report(kivds::kUnexpectedError);
     });
     Regular().AssignParts(agreed);
     return *this;

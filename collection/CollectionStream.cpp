@@ -43,19 +43,34 @@ constexpr const wchar_t* kPartDeserialize = L"CKivDSBaseDicomAttributeCollection
 constexpr const wchar_t* kInvalidInput = L" Invalid input parameters ";
 constexpr int kHeaderSize = 2; // of a collection stream: version and kind
 constexpr int kLengthSize = 4;
+constexpr int kPartHeaderSize = 12; // of a part's stream: version, total, count
+constexpr int kTypeSize = 4;
 
 } // namespace
 
 // ---- parts
 
-// The fields of a part's stream, for its length (a counting writer) and for its bytes. False when an
-// attribute cannot tell its length or write itself.
-bool CKivDSBaseDicomAttributeCollection::WriteFields(ByteWriter& writer, int total) const
+// The length of a part's stream, 0 when an attribute cannot tell its own or it is too long; and the number of
+// records.
+CKivDSBaseDicomAttributeCollection::SMeasure CKivDSBaseDicomAttributeCollection::Measure() const
 {
-    const auto isThere = [](const auto& entry) { return entry.second != nullptr; };
-    writer.I32(-ms_nAttrVersion);
-    writer.I32(total);
-    writer.I32(static_cast<int>(std::count_if(m_Attributes.begin(), m_Attributes.end(), isThere)));
+    SMeasure measure;
+    std::int64_t total = kPartHeaderSize;
+    for (const auto& [tag, attribute] : m_Attributes) {
+        if (!attribute)
+            continue;
+        int length = 0;
+        if (!attribute->Serialize(nullptr, length) || length == 0)
+            return measure;
+        total += kTypeSize + length;
+        ++measure.records;
+    }
+    measure.length = kivds::StreamLength(total);
+    return measure;
+}
+
+bool CKivDSBaseDicomAttributeCollection::WriteRecords(ByteWriter& writer) const
+{
     for (const auto& [tag, attribute] : m_Attributes) {
         if (!attribute)
             continue;
@@ -68,24 +83,24 @@ bool CKivDSBaseDicomAttributeCollection::WriteFields(ByteWriter& writer, int tot
     return true;
 }
 
-int CKivDSBaseDicomAttributeCollection::GetSize() const
-{
-    ByteWriter counter(nullptr);
-    return WriteFields(counter, 0) ? kivds::StreamLength(counter.Written()) : 0;
-}
-
 bool CKivDSBaseDicomAttributeCollection::Serialize(char* buffer, int& size) const
 {
-    const int total = GetSize();
+    const SMeasure measure = Measure();
     if (!buffer) {
-        size = total;
+        size = measure.length;
         return true;
     }
-    ByteWriter writer(buffer);
-    const bool written = total > 0 && WriteFields(writer, total) && writer.Written() == total;
-    size = written ? total : 0;
-    return written || Operation(L"CKivDSBaseDicomAttributeCollection::Serialize")
-                          .Fail(L"Inconsistent serialization format: serialization aborted");
+    size = 0;
+    if (measure.length > 0) { // without a length the caller's buffer has no size, and nothing is written
+        ByteWriter writer(buffer);
+        writer.I32(-ms_nAttrVersion);
+        writer.I32(measure.length);
+        writer.I32(measure.records);
+        if (WriteRecords(writer) && writer.Written() == measure.length)
+            size = measure.length;
+    }
+    return size > 0 || Operation(L"CKivDSBaseDicomAttributeCollection::Serialize")
+                           .Fail(L"Inconsistent serialization format: serialization aborted");
 }
 
 bool CKivDSBaseDicomAttributeCollection::Deserialize(const char* buffer, int& size, bool versioned)
@@ -206,6 +221,7 @@ bool CKivDSDicomAttributeCollection::Serialize(char* buffer, int& size)
     if (m_pEnhancedMFCollection) {
         if (!WritePart(*m_pEnhancedMFCollection, writer))
             return false;
+        sum = writer.Written() + kLengthSize;
     } else if (const auto* const failing = PartWithoutLength(sum)) {
         return WritePart(*failing, writer);
     } else if (kivds::StreamLength(sum) > 0) {
@@ -214,7 +230,7 @@ bool CKivDSDicomAttributeCollection::Serialize(char* buffer, int& size)
             (multi && !WritePart(*multi, writer)))
             return false;
     }
-    const int total = GetSize();
+    const int total = kivds::StreamLength(sum);
     if (total > 0) {
         ByteWriter header(buffer);
         header.U8(static_cast<std::uint8_t>(ms_nVersion));

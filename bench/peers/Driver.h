@@ -493,8 +493,8 @@ private:
     bool m_bShort;
 };
 
-/// The program: ELEMENTS [REPETITIONS [WORK]]. With a work, also an empty one, the sizes are small: for
-/// profilers.
+/// The program: ELEMENTS [REPETITIONS [WORK [full]]]. With a work, also an empty one, only the works are done
+/// whose names begin so, and the sizes are small, for profilers, unless `full` follows.
 template <class Toolkit>
 int Main(int argc, char** argv)
 {
@@ -503,9 +503,9 @@ int Main(int argc, char** argv)
         return 2;
     }
     try {
-        const bool isShort = argc > 3;
+        const bool isShort = argc == 4;
         std::printf("# %s\t%s\n", Toolkit::Name(), Toolkit::Version().c_str());
-        Meter meter(argc > 2 ? std::max(1, std::atoi(argv[2])) : 3, isShort ? argv[3] : "");
+        Meter meter(argc > 2 ? std::max(1, std::atoi(argv[2])) : 3, argc > 3 ? argv[3] : "");
         Driver<Toolkit>(Cycle(LoadDataSets(argv[1]), isShort ? 200 : 1000), std::move(meter), isShort).Run();
     } catch (const std::exception& e) {
         std::fprintf(stderr, "%s: %s\n", argv[0], e.what());

@@ -12,7 +12,10 @@ class ByteReader
 {
 public:
     /// Reads at most `length` bytes at `data`; a negative length reads none.
-    ByteReader(const char* data, int length) noexcept : m_Data(data), m_Left(length > 0 ? length : 0) {}
+    ByteReader(const char* data, int length) noexcept
+        : m_Start(data), m_Data(data), m_Left(length > 0 ? length : 0)
+    {
+    }
 
     /// A reader for the forms that are given no length: only the totals that the stream declares bound it.
     static ByteReader Unbounded(const char* data) noexcept
@@ -24,7 +27,7 @@ public:
 
     bool Ok() const noexcept { return m_Ok; }
     int Left() const noexcept { return m_Left; }
-    int Consumed() const noexcept { return m_Consumed; }
+    int Consumed() const noexcept { return static_cast<int>(m_Data - m_Start); }
     const char* Position() const noexcept { return m_Data; }
 
     bool Fail() noexcept
@@ -44,7 +47,6 @@ public:
         const char* const here = m_Data;
         m_Data += bytes;
         m_Left -= static_cast<int>(bytes);
-        m_Consumed += static_cast<int>(bytes);
         return here;
     }
 
@@ -102,11 +104,11 @@ private:
 
     static constexpr int kMaxDepth = 64;
 
+    const char* m_Start;
     const char* m_Data;
     int m_Left;
-    int m_Consumed = 0;
     int m_Depth = 0;
-    std::int64_t m_nAllowance = 48 * 1024;
+    std::int64_t m_nAllowance = std::int64_t{48} * 1024;
     bool m_Ok = true;
 };
 
