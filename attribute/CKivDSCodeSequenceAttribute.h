@@ -11,16 +11,16 @@
 /// One coded entry; every text is NUL-terminated within its field (PS3.3 Table 8.8-1).
 struct tagSKivDSCodeSequenceAttributeInfo
 {
-    char szCodeValue[33];
-    char szCodingSchemeDesignator[33];
-    char szCodingSchemeVersion[33];
-    char szCodeMeaning[65];
-    char szContextIdentifier[17];
-    char szMappingResource[17];
-    char szContextGroupVersion[27];
-    int nContextGroupExtensionFlag; ///< 1 for Y, else 0
-    char szContextGroupLocalVersion[27];
-    char szContextGroupExtensionCreatorUID[65];
+    char szCodeValue[33];                       ///< (0008,0100)
+    char szCodingSchemeDesignator[33];          ///< (0008,0102)
+    char szCodingSchemeVersion[33];             ///< (0008,0103)
+    char szCodeMeaning[65];                     ///< (0008,0104)
+    char szContextIdentifier[17];               ///< (0008,010F)
+    char szMappingResource[17];                 ///< (0008,0105)
+    char szContextGroupVersion[27];             ///< (0008,0106)
+    int nContextGroupExtensionFlag;             ///< (0008,010B): 1 for Y, else 0
+    char szContextGroupLocalVersion[27];        ///< (0008,0107)
+    char szContextGroupExtensionCreatorUID[65]; ///< (0008,010D)
 };
 
 /// Failures are reported under "CKivDSCodeSequenceAttribute::" and the operation's name.
@@ -32,15 +32,18 @@ public:
     /// One record and its meaning as the one value (representation code 3, CS); must-replicate. "Failed to
     /// initialize DICOM attribute from code sequence values" (code 1).
     CKivDSCodeSequenceAttribute(unsigned long tag, const tagSKivDSCodeSequenceAttributeInfo& info);
-    /// When memory runs out for the records: "Unexpected error", and the copy holds none.
+    /// A copy of values and records. When memory runs out for the records: "Unexpected error", and the copy
+    /// holds none.
     CKivDSCodeSequenceAttribute(const CKivDSCodeSequenceAttribute& src);
     ~CKivDSCodeSequenceAttribute() override;
+    /// Takes over values and records of `src`; "Unexpected error" as above.
     CKivDSCodeSequenceAttribute& operator=(const CKivDSCodeSequenceAttribute& src);
 
-    /// The comparisons stand on objects that are not const; const ones compare by their values, as the base
-    /// does. Equality of the record lists, in order: code value, coding scheme designator and version, 32
-    /// characters each.
+    /// Equality of the record lists, in order: code value, coding scheme designator and version, 32
+    /// characters each. This stands on objects that are not const; const ones compare by their values, as the
+    /// base does.
     bool operator==(const CKivDSCodeSequenceAttribute& other);
+    /// The negation of ==.
     bool operator!=(const CKivDSCodeSequenceAttribute& other);
     /// Appends the other's records, repeated ones too, and makes the values anew from all records: each
     /// record's meaning, with its position as in-sequence index. Nothing happens with itself. "Attempt to add
@@ -52,16 +55,17 @@ public:
     /// attribute data", "Inconsistent serialization procedure: number of bytes written to buffer does not
     /// equal expected serialization size" (`size` becomes 0).
     bool Serialize(char* buffer, int& size) const override;
-    /// "Failed to deserialize base class data", "Inconsistent deserialization procedure: number of bytes read
-    /// from deserialization buffer does not equal expected number of bytes read" (`size` becomes 0; also for
-    /// a text that does not fit its field). The records read before a failure stay.
+    /// Reads the code sequence stream, as the base's. "Failed to deserialize base class data", "Inconsistent
+    /// deserialization procedure: number of bytes read from deserialization buffer does not equal expected
+    /// number of bytes read" (`size` becomes 0; also for a text that does not fit its field). The records
+    /// read before a failure stay.
     bool Deserialize(const char* buffer, int& size, bool versioned, int version) override;
     /// The bounded read, as the base's.
     bool Deserialize(const char* buffer, int length, int& size, bool versioned, int version);
 
-    /// The number of records, and one of them, lent until the records change; null, without a report, out of
-    /// range.
+    /// The number of records.
     int GetNumberOfCodes() const noexcept;
+    /// The record at `index`, lent until the records change; null, without a report, out of range.
     const tagSKivDSCodeSequenceAttributeInfo* GetCodePtr(int index) const noexcept;
 
 protected:
@@ -77,8 +81,10 @@ protected:
     /// DeleteAttributeValue; without data when no memory can be had.
     void ConvertCodeSequenceInfoToValue(const tagSKivDSCodeSequenceAttributeInfo& info, int index,
                                         SKivAGAttributeValue& value) const;
+    /// The same with any NUL-terminated text.
     void ConvertSynonymToValue(const char* text, int index, SKivAGAttributeValue& value) const;
 
+    /// The readers' hook, as the base's.
     bool ReadStream(kivds::ByteReader& reader, int& size, bool versioned, int version) override;
 
 private:

@@ -13,6 +13,7 @@
 class KIVDS_API CKivDSCompoundCollection : public CKivDSDicomAttributeCollection
 {
 public:
+    /// No members, no scope.
     CKivDSCompoundCollection();
     /// Members made from those of `src`, sharing or copying their parts, and a copy of the scope.
     CKivDSCompoundCollection(const CKivDSCompoundCollection& src, bool deep = false);
@@ -24,16 +25,21 @@ public:
 
     /// Whether there is a member.
     bool IsGood() const override;
+    /// Whether any member is multi-frame.
     bool IsMultiFrame() const override;
+    /// True.
     bool IsCompoundCollection() const override;
-    /// "Unable to initialize the scope object"; with blanks around it for the collection.
+    /// As the facade's; the members' scopes take no part. "Unable to initialize the scope object".
     CKivIPPScopeC* GetScope() const override;
+    /// As the facade's. " Unable to initialize the scope object ".
     CKivIPPScopeC* GetScopeAsCollection() const override;
-    /// "Unsupported scope type", "Unable to initialize the scope object"; no scope is left.
+    /// As the facade's; the members' scopes stay. "Unsupported scope type", "Unable to initialize the scope
+    /// object"; no scope is left.
     bool SetScope(CKivIPPScopeC* scope, bool copy) override;
     /// The first member's that has one. "Null output pointer parameter".
     bool GetAttribute(unsigned long tag, const CKivDSDicomAttribute** out, bool searchSingle,
                       bool searchMulti) const override;
+    /// The same, to be changed.
     bool GetAttributePtr(unsigned long tag, CKivDSDicomAttribute** out, bool searchSingle,
                          bool searchMulti) override;
     /// The sum of the members' counts. "Null output pointer parameter".
@@ -47,6 +53,7 @@ public:
     /// A new facade, owned by the caller, that shares or copies the parts of member `index`. "Collection
     /// index out of range".
     virtual CKivDSDicomAttributeCollection* GetCollection(int index, bool deep);
+    /// The number of members.
     virtual int GetNumberOfCollections() const;
     /// The first member's count that can be had; 0 and false, without a report, when none can. "Null output
     /// pointer parameter".
@@ -61,7 +68,9 @@ public:
     bool AppendCompoundCollection(CKivDSDicomAttributeCollection* src, bool deep);
 
 protected:
+    /// Deletes the members and the scope.
     void Clear();
+    /// The members, lent: facades in the order in which they were added.
     std::vector<CKivDSDicomAttributeCollection*>& GetCollectionVect();
 
 private:

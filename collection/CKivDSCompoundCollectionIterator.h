@@ -9,6 +9,7 @@
 #include <memory>
 #include <vector>
 
+/// Reports what the members' iterators report, under their names.
 class KIVDS_API CKivDSCompoundCollectionIterator : public CKivDSDicomAttributeCollectionIterator
 {
 public:

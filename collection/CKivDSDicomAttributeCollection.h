@@ -27,8 +27,8 @@ struct PartAccess;
 /// Notification codes that the iterators act on; see CKivDSDicomAttributeCollectionIterator.
 enum tagEKivDSNotification : int
 {
-    eNotifyInvalidateIterator = 16,
-    eNotifyInvalidateIterator2 = 17
+    eNotifyInvalidateIterator = 16, ///< ends an iterator's walk
+    eNotifyInvalidateIterator2 = 17 ///< the same
 };
 
 /// Failures are reported to the error sink under "CKivDSDicomAttributeCollection::" and the operation's name,
@@ -50,8 +50,9 @@ public:
     /// Shares the given parts; a null `single` is replaced by a new empty part, a null `multi` stays null.
     CKivDSDicomAttributeCollection(CKivDSBaseDicomAttributeCollection* single,
                                    CKivDSBaseDicomAttributeCollection* multi);
-    /// Holds a compound or an enhanced multi-frame collection, shared by reference count.
+    /// Holds a compound collection, made with new; the last facade that holds it deletes it.
     explicit CKivDSDicomAttributeCollection(CKivDSCompoundCollection* compound);
+    /// Holds an enhanced multi-frame collection, made with new; the last facade that holds it deletes it.
     explicit CKivDSDicomAttributeCollection(CKivDSEnhancedMFCollection* enhanced);
     /// The collection of one frame of `src`: the single-frame part of `src` (shared or copied), and in place
     /// of the multi-frame part the attributes as they stand for `frame`, with a frame index attribute
@@ -67,7 +68,9 @@ public:
     virtual bool IsGood() const;
     /// Whether there is a multi-frame part, here or in the compound or enhanced multi-frame collection.
     virtual bool IsMultiFrame() const;
+    /// Whether the facade holds a compound collection.
     virtual bool IsCompoundCollection() const;
+    /// Whether the facade holds an enhanced multi-frame collection.
     virtual bool IsEnhancedMFCollection() const;
     /// Adds the attributes of all members of the compound facade `src` to this facade's parts, in place.
     /// "Null input collection as input", "Bad input parameter: the input collection is not compounded ",
@@ -85,9 +88,10 @@ public:
     /// enhanced MF collections " (a plain stream into a facade without a single-frame part); and the parts'
     /// own reports.
     virtual bool Deserialize(const char* buffer, int& size, bool versioned);
-    /// The collection's scope as a new scope element, or as a new scope collection of the levels study,
-    /// series and image; the caller owns it. Null, without a report, when there is none.
+    /// The collection's scope as a new scope element, which the caller owns. Null, without a report, when
+    /// there is none.
     virtual CKivIPPScopeC* GetScope() const;
+    /// The same as a new scope collection of the levels study, series and image.
     virtual CKivIPPScopeC* GetScopeAsCollection() const;
     /// Replaces the scope; null removes it. With `copy` true the collection keeps a copy, with false it takes
     /// the scope over. Only scope elements are kept: " Unsupported scope type" (no scope is left, `scope`
@@ -111,6 +115,7 @@ public:
     virtual CKivDSDicomAttributeCollection& operator^=(const CKivDSDicomAttributeCollection& b);
     /// The same tags with equal attributes, part by part. The scopes take no part.
     virtual bool operator==(const CKivDSDicomAttributeCollection& b);
+    /// The negation of ==.
     virtual bool operator!=(const CKivDSDicomAttributeCollection& b);
     /// Adds `attr` and takes it over; on failure it stays the caller's. Under a tag that is held already,
     /// with `merge` true, an attribute that must be replicated is accumulated into the held one and deleted;
@@ -121,20 +126,24 @@ public:
     /// Removes and deletes the attribute of a tag, first looked for in the single-frame part. False when
     /// there is none; "Attribute collection not properly initialized" when the facade is not good.
     virtual bool RemoveAttribute(unsigned long tag);
-    /// Removes and deletes all attributes, all of the single-frame part, or all of the multi-frame part, but
-    /// for the private ones.
+    /// Removes and deletes all attributes but the private ones.
     virtual bool RemoveAllAttributes();
+    /// The same in the single-frame part.
     virtual bool RemoveAllSingleFrameAttributes();
+    /// The same in the multi-frame part, which stays; false when there is none.
     virtual bool RemoveAllMultiFrameAttributes();
     /// The attribute of a tag, lent until it leaves the collection; `*out` is written on success alone.
     /// False, without a report, when it is not held in the parts to be searched.
     virtual bool GetAttribute(unsigned long tag, const CKivDSDicomAttribute** out, bool searchSingle,
                               bool searchMulti) const;
+    /// The same, to be changed: its tag must stay, and whoever shares the part sees the change.
     virtual bool GetAttributePtr(unsigned long tag, CKivDSDicomAttribute** out, bool searchSingle,
                                  bool searchMulti);
-    /// The number of attributes in all parts, in the multi-frame part, in the single-frame part.
+    /// The number of attributes in all parts; of a compound collection the sum over its members.
     virtual bool GetNumberOfAttributes(long* count) const;
+    /// The number of attributes in the multi-frame part.
     virtual bool GetNumberOfMultiFrameAttributes(long* count) const;
+    /// The number of attributes in the single-frame part.
     virtual bool GetNumberOfSingleFrameAttributes(long* count) const;
     /// The number of frames: 0 without a multi-frame part, else the first value of Number of Frames
     /// (0028,0008) in the single-frame part. False when it is absent (`*frames` is 0 then); "Failed to
@@ -149,8 +158,9 @@ public:
     virtual void Dump() const;
 
 protected:
-    /// The maps of the single-frame and of the multi-frame part, lent; null when there is none.
+    /// The single-frame part's map, lent; null when there is none.
     virtual std::map<unsigned long, CKivDSDicomAttribute*>* GetMapPtr();
+    /// The multi-frame part's map, lent; null when there is none.
     virtual std::map<unsigned long, CKivDSDicomAttribute*>* GetMultiFrameMapPtr();
 
 public:
@@ -190,12 +200,12 @@ public:
     static const char ms_nVersion;
 
 protected:
+    /// How many facades hold this object; a part is deleted when the last of them lets it go.
     kivds::Counter m_nRefCount{0};
-    CKivDSBaseDicomAttributeCollection* m_pSingleFrameCollection =
-        nullptr; // the parts are shared by their counts
-    CKivDSBaseDicomAttributeCollection* m_pMultiFrameCollection = nullptr;
-    CKivDSCompoundCollection* m_pCompoundCollection = nullptr;
-    CKivDSEnhancedMFCollection* m_pEnhancedMFCollection = nullptr;
+    CKivDSBaseDicomAttributeCollection* m_pSingleFrameCollection = nullptr; ///< shared by its count, or null
+    CKivDSBaseDicomAttributeCollection* m_pMultiFrameCollection = nullptr;  ///< shared by its count, or null
+    CKivDSCompoundCollection* m_pCompoundCollection = nullptr;              ///< shared by its count, or null
+    CKivDSEnhancedMFCollection* m_pEnhancedMFCollection = nullptr;          ///< shared by its count, or null
 
     /// A new empty part whose count is already 1.
     CKivDSBaseDicomAttributeCollection* CreateCollection() const;
@@ -246,14 +256,15 @@ private:
     bool ReadFacade(kivds::ByteReader& reader, int& size, bool versioned);
 };
 
-/// New collections, owned by the caller; "Operation not supported on compound collections " or "Attribute
-/// collection not properly initialized" under "operator /", "operator ^" or "operator |" give a new empty
-/// one. A / B: B's attributes that differ from A's at the tags where A holds an attribute that is not
-/// private.
+/// A / B: B's attributes that differ from A's at the tags where A holds an attribute that is not private.
+/// This and the other free operators give a new collection, owned by the caller, and when they refuse a new
+/// empty one: "Operation not supported on compound collections " or "Attribute collection not properly
+/// initialized" under "operator /", "operator ^" or "operator |".
 KIVDS_API CKivDSDicomAttributeCollection* operator/(const CKivDSDicomAttributeCollection& a,
                                                     const CKivDSDicomAttributeCollection& b);
-/// A ^ B and A | B: A's or B's attributes at the tags where both are equal.
+/// A ^ B: A's attributes at the tags where both are equal.
 KIVDS_API CKivDSDicomAttributeCollection* operator^(const CKivDSDicomAttributeCollection& a,
                                                     const CKivDSDicomAttributeCollection& b);
+/// A | B: B's attributes at the tags where both are equal.
 KIVDS_API CKivDSDicomAttributeCollection* operator|(const CKivDSDicomAttributeCollection& a,
                                                     const CKivDSDicomAttributeCollection& b);

@@ -10,6 +10,8 @@
 
 #include <atomic>
 
+/// A walk ends at its end, when it is invalidated, or with the iterator; GetFirstAttribute starts a new one.
+/// Null entries are passed over.
 class KIVDS_API CKivDSDicomAttributeCollectionIterator : public CKivDSSubscriber
 {
 public:

@@ -15,6 +15,7 @@ class KIVDS_API CKivDSEnhancedMFCollection : public CKivDSDicomAttributeCollecti
 public:
     /// No regular collection (not good), no frames.
     CKivDSEnhancedMFCollection();
+    /// Shares or copies the parts of the regular collection and of every frame of `src`.
     CKivDSEnhancedMFCollection(const CKivDSEnhancedMFCollection& src, bool deep = false);
     ~CKivDSEnhancedMFCollection() override;
     /// Lets everything go and takes a deep copy of `src`.
@@ -22,6 +23,7 @@ public:
 
     // Replaced operations of the facade.
 
+    /// True.
     bool IsEnhancedMFCollection() const override;
     using CKivDSDicomAttributeCollection::Deserialize;
     /// The enhanced multi-frame stream (docs/streams.md). "Failed to serialize the regular collections",
@@ -49,19 +51,23 @@ public:
     /// attributes, as they stand for the frame, united with the frame's own; Number of Frames (0028,0008)
     /// says 1. "Invalid multiframe collection index ", "Unexpected error while creating the MF collection".
     virtual CKivDSDicomAttributeCollection* GetMFCollection(int index);
+    /// The number of per-frame collections.
     virtual int GetNumberOfMFCollections() const;
-    /// The operators of the same names, on the regular collection and frame by frame. "Source and destination
-    /// DACs have different number of frames. Operation is ignored." (code 1; the regular collection has been
-    /// combined); "Insufficent memory to allocate DAC object." (the frames copied so far stay).
+    /// The facade's |= on the regular collection and frame by frame. "Source and destination DACs have
+    /// different number of frames. Operation is ignored." (code 1; the regular collection has been combined);
+    /// "Insufficent memory to allocate DAC object." (the frames copied so far stay).
     virtual CKivDSEnhancedMFCollection& operator|=(const CKivDSEnhancedMFCollection& src);
+    /// The facade's -= on the regular collection and frame by frame; reports as |=.
     virtual CKivDSEnhancedMFCollection& operator-=(const CKivDSEnhancedMFCollection& src);
 
 protected:
+    /// Deletes the frames and lets the regular collection's parts go.
     void Clear();
     /// Bytes of the stream; 0 when a part cannot tell its own or an int cannot hold the length.
     int GetSize();
     /// Makes Number of Frames say 1, where `collection` holds it and its first value can be read.
     void UpdateNumberOfFrames(CKivDSDicomAttributeCollection& collection);
+    /// The per-frame collections, lent, in frame order.
     std::vector<CKivDSDicomAttributeCollection*>& GetCollectionVect();
 
 private:

@@ -17,7 +17,7 @@ struct DicomFile::Content
 {
     std::unique_ptr<DcmFileFormat> file;
 
-    DcmDataset& DataSet() { return *file->getDataset(); }
+    DcmDataset& DataSet() const { return *file->getDataset(); }
 };
 
 DicomFile::DicomFile() = default;

@@ -10,17 +10,20 @@
 
 namespace kivds {
 
+/// Reading needs the file as long as the object is open.
 class KIV_DICOM_API DicomFile
 {
 public:
     DicomFile(); ///< nothing is open
     ~DicomFile();
-    DicomFile(DicomFile&&) noexcept;
+    DicomFile(DicomFile&&) noexcept; ///< the other has nothing open then
+    /// Closes what is open and takes the other's file over.
     DicomFile& operator=(DicomFile&&) noexcept;
 
     /// Loads the structure of a file. On failure nothing is open, and `error` says where the file breaks and
     /// why.
     DicomFailure Open(const std::filesystem::path& path, std::string& error);
+    /// Whether a file is open.
     bool IsOpen() const noexcept { return m_pContent != nullptr; }
 
     /// The collection of the file, as ImportDicomFile gives it.

@@ -59,7 +59,7 @@ private:
     bool HasImpliedFrames();
     void AddFrames(DcmSequenceOfItems* perFrame, bool signedPixels);
     void AddLeaves(DcmItem& groupItem, bool signedPixels, Collection& collection);
-    void AddLeavesOf(DcmItem& item, bool signedPixels, Collection& collection,
+    void AddLeavesOf(DcmItem& item, bool inherited, Collection& collection,
                      std::map<unsigned long, int>& counts);
     void AddLeaf(std::unique_ptr<CKivDSDicomAttribute> leaf, Collection& collection);
     void SetScope();
@@ -95,7 +95,7 @@ void Importer::Run()
             AddLeaves(*item, signedPixels, m_Regular);
         AddFrames(perFrame, signedPixels);
         m_Result.collection = std::make_unique<Collection>(m_pEnhanced.get());
-        m_pEnhanced.release(); // the facade's, by its count
+        (void)m_pEnhanced.release(); // the facade's, by its count
     } else {
         m_Result.collection = std::make_unique<Collection>(m_Regular, false);
     }
@@ -139,7 +139,7 @@ void Importer::AddTopLevel(DcmElement& element, bool signedPixels)
     if (isPerFrame && HoldsOneEach(*attribute, m_nFrames))
         attribute->SetMultiFrameInfo(1, m_nFrames);
     if (m_Regular.AddAttribute(attribute.get(), false))
-        attribute.release();
+        (void)attribute.release();
 }
 
 /// Tiles that fill their matrix need no groups of their own (PS3.3 C.7.6.17.3): their frames are those of
@@ -226,7 +226,7 @@ void Importer::AddLeaf(std::unique_ptr<CKivDSDicomAttribute> leaf, Collection& c
         }
     }
     if (collection.AddAttribute(leaf.get(), true))
-        leaf.release();
+        (void)leaf.release();
 }
 
 void Importer::SetScope()
@@ -253,7 +253,7 @@ void Importer::SetScope()
             isEmpty = false;
     }
     if (!isEmpty && m_Result.collection->SetScope(scope.get(), false))
-        scope.release();
+        (void)scope.release();
 }
 
 } // namespace

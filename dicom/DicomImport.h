@@ -27,17 +27,18 @@ struct DicomWarning
 /// Why there is no collection.
 enum class DicomFailure
 {
-    None,
+    None,       ///< there is one
     CannotRead, ///< the file cannot be opened or read
     NotDicom,   ///< neither a DICOM file (PS3.10 7.1) nor a bare data set
     Broken      ///< DICOM, but cut off, damaged or without any element
 };
 
+/// What an import gives.
 struct DicomImport
 {
     std::unique_ptr<CKivDSDicomAttributeCollection> collection; ///< null when the import failed
-    std::vector<DicomWarning> warnings;
-    DicomFailure failure = DicomFailure::None;
+    std::vector<DicomWarning> warnings;                         ///< what the collection does not hold
+    DicomFailure failure = DicomFailure::None;                  ///< why there is no collection
     std::string error; ///< where the file breaks and why; empty when nothing failed
 };
 

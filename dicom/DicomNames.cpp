@@ -41,14 +41,14 @@ const Vr& VrOf(std::string_view name) noexcept
         return std::find_if(std::begin(g_Vrs), std::end(g_Vrs),
                             [&](const Vr& vr) { return vr.name == wanted; });
     };
-    const auto found = named(name);
+    const auto* const found = named(name);
     return found != std::end(g_Vrs) ? *found : *named("UN");
 }
 
 const Vr* VrOfCode(int code) noexcept
 {
-    const auto found = std::find_if(std::begin(g_Vrs), std::end(g_Vrs),
-                                    [&](const Vr& vr) { return vr.isCodesOwn && vr.code == code; });
+    const auto* const found = std::find_if(std::begin(g_Vrs), std::end(g_Vrs),
+                                           [&](const Vr& vr) { return vr.isCodesOwn && vr.code == code; });
     return found != std::end(g_Vrs) ? found : nullptr;
 }
 

@@ -16,9 +16,9 @@ KIV_DICOM_API const char* VrOfRepresentation(int code) noexcept;
 /// OV, SV and UV as "other binary" (13); unknown names as UN.
 KIV_DICOM_API int RepresentationOfVr(std::string_view vr) noexcept;
 
-/// Whether values of a code are character text, and whether it is text in the object's character set
-/// (PS3.5 6.1.2.3).
+/// Whether values of a code are character text.
 KIV_DICOM_API bool IsText(int code) noexcept;
+/// Whether values of a code are text in the object's character set (PS3.5 6.1.2.3).
 KIV_DICOM_API bool IsLocalizedText(int code) noexcept;
 
 /// The keyword of a tag in DCMTK's dictionary, "PrivateCreator" for a private creator; empty when there is

@@ -10,6 +10,7 @@
 
 namespace kivds {
 
+/// Converts with DCMTK's tables; no byte is lost.
 class KIV_DICOM_API TextDecoder
 {
 public:
@@ -17,10 +18,12 @@ public:
     /// Empty or unknown: ASCII.
     explicit TextDecoder(const std::string& characterSet = {});
     ~TextDecoder();
+    /// The other is only to be destroyed or assigned to then.
     TextDecoder(TextDecoder&&) noexcept;
+    /// Takes the other's character set over.
     TextDecoder& operator=(TextDecoder&&) noexcept;
 
-    /// Valid UTF-8. Each byte that cannot be converted stands as \x and two hex digits. `localized` false:
+    /// Valid UTF-8. Each byte that cannot be converted stands as `\x` and two hex digits. `localized` false:
     /// the value is not subject to the character set, hence ASCII.
     std::string ToUtf8(std::string_view text, bool localized = true);
 

@@ -99,8 +99,9 @@ bool operator<(const SKivAGAttributeValue& a, const SKivAGAttributeValue& b) noe
                                    n);
         },
         [&] {
-            const auto bytes = static_cast<std::size_t>(kivds::ByteSize(a.eType, n));
-            return bytes == 0 ? 0 : std::memcmp(a.pData, b.pData, bytes);
+            return n == 0
+                       ? 0
+                       : std::memcmp(a.pData, b.pData, static_cast<std::size_t>(kivds::ByteSize(a.eType, n)));
         });
     return order != 0 ? order < 0 : a.nCount < b.nCount;
 }

@@ -52,6 +52,7 @@ KIVDS_API bool FreeAttributeValue(SKivAGAttributeValue& value) noexcept;
 /// Equality: same type, same count, same bytes (so +0.0 and -0.0 differ and a NaN equals its own bit
 /// pattern). The in-sequence index takes no part.
 KIVDS_API bool operator==(const SKivAGAttributeValue& a, const SKivAGAttributeValue& b) noexcept;
+/// The negation of ==.
 KIVDS_API bool operator!=(const SKivAGAttributeValue& a, const SKivAGAttributeValue& b) noexcept;
 
 /// Ordering: element by element, a proper prefix first. Characters compare as unsigned bytes; a NaN orders

@@ -4,10 +4,12 @@
 
 #include "platform/Export.h"
 
+/// Nothing but a virtual destructor.
 class KIVDS_API CKivDSBase
 {
 public:
     CKivDSBase();
+    /// Copies nothing.
     CKivDSBase(const CKivDSBase&);
     /// Copies nothing.
     CKivDSBase& operator=(const CKivDSBase&);

@@ -10,6 +10,7 @@
 
 #include <list>
 
+/// Both sides of a notification: a subject, and a subscriber of other subjects.
 class KIVDS_API CKivDSSubscriber : public CKivDSBase
 {
 public:

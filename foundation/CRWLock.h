@@ -6,6 +6,7 @@
 #include "platform/Export.h"
 #include "platform/Synchronization.h"
 
+/// Nobody holds a new lock.
 class KIVDS_API CRWLock
 {
 public:

@@ -4,6 +4,7 @@
 
 #include "platform/Export.h"
 
+/// Passes reports on to one listener; without one they go nowhere.
 class KIV_BASEERROR_API CKivIPBaseError
 {
 public:

@@ -8,11 +8,14 @@
 
 #include <vector>
 
+/// Its stream is bounded by the runs, not by the frames: 1..100000 takes no more than 1..2.
 class KIV_SCOPEITEM_API CKivIPPRangeIDC : public CKivIPPScopeItemC
 {
 public:
     CKivIPPRangeIDC();
+    /// A copy, without frames when memory runs out.
     CKivIPPRangeIDC(const CKivIPPRangeIDC&);
+    /// Becomes a copy, without frames when memory runs out.
     CKivIPPRangeIDC& operator=(const CKivIPPRangeIDC&);
     ~CKivIPPRangeIDC() override;
 
@@ -25,6 +28,7 @@ public:
     CKivIPPScopeItemC* Copy() const override;
     /// Refused: nothing changes.
     bool SetUID(const char* uid) override;
+    /// Refused: nothing changes.
     bool SetUID(const char* uid, int firstFrame, int lastFrame) override;
     int GetNumberOfFrameRuns() const override;
     bool GetFrameRun(int index, int* firstFrame, int* lastFrame) const override;

@@ -21,10 +21,12 @@ public:
 
     /// Gives the scope `levels` (1 to 16) empty levels; what it held before goes. False when out of range.
     virtual bool Initialize(int levels) = 0;
+    /// The number of levels; 0 before Initialize.
     virtual int GetLevels() const = 0;
-    /// The item type of a level, counted from 0. The setter gives false for a level that does not exist or
-    /// that holds items of another type; the getter gives all zero bytes for a level that does not exist.
+    /// Sets the item type of a level, counted from 0. False for a level that does not exist or that holds
+    /// items of another type.
     virtual bool SetScopeItemType(int level, const _GUID& type) = 0;
+    /// The item type of a level; all zero bytes for a level that does not exist.
     virtual const _GUID& GetScopeItemType(int level) const = 0;
     /// Becomes an independent copy of `scope`: levels, item types, items, and its type if this one has none
     /// yet. False (and no levels) when `scope` is null, of a kind that cannot be held (for an element: a
@@ -46,12 +48,14 @@ public:
     virtual bool HasCommonPart(const CKivIPPScopeC* scope) const;
     /// Whether nothing is covered.
     virtual bool IsEmpty() const;
-    /// A new scope collection of exactly what both cover, or of what this scope covers and `scope` does not;
-    /// null when there is nothing. Both are typed g_ScopeCollectionType.
+    /// A new scope collection of exactly what both cover, typed g_ScopeCollectionType and owned by the
+    /// caller; null when there is nothing.
     virtual CKivIPPScopeC* GetCommonPart(const CKivIPPScopeC* scope) const;
+    /// The same of what this scope covers and `scope` does not.
     virtual CKivIPPScopeC* GetDistinctPart(const CKivIPPScopeC* scope) const;
 };
 
-/// The types of the two kinds of scope, as the creators of scopes set them with SetType.
+/// The type of scope elements, as their creators set it with SetType.
 extern KIV_BASESCOPE_API const _GUID g_ScopeElementType;
+/// The type of scope collections, as their creators set it with SetType.
 extern KIV_BASESCOPE_API const _GUID g_ScopeCollectionType;

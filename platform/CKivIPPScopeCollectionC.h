@@ -7,6 +7,7 @@
 #include <memory>
 #include <vector>
 
+/// Covers what its elements cover, together.
 class KIV_BASESCOPE_API CKivIPPScopeCollectionC : public CKivIPPScopeC
 {
 public:
@@ -26,6 +27,7 @@ public:
     /// Adds a copy of `element`, which stays the caller's. False when it is null, has no levels, or its
     /// levels are of other types than the collection's.
     bool AddScopeElement(const CKivIPPScopeElementC* element);
+    /// The number of elements.
     int GetNumberOfScopeElements() const;
     /// The element at `index`, lent until the collection changes; null out of range.
     const CKivIPPScopeElementC* GetScopeElement(int index) const;

@@ -7,6 +7,7 @@
 #include <memory>
 #include <vector>
 
+/// Covers every combination of one item a level. It must be initialised before items are added.
 class KIV_BASESCOPE_API CKivIPPScopeElementC : public CKivIPPScopeC
 {
 public:
@@ -39,6 +40,7 @@ public:
     /// than a small multiple of `length`.
     bool Deserialize(const char* buffer, int length, int* size);
 
+    /// The number of items of a level; 0 for a level that does not exist.
     int GetNumberOfItems(int level) const;
     /// The item at `index` of a level, lent until the level changes; null out of range.
     const CKivIPPScopeItemC* GetItemPtr(int level, int index) const;

@@ -8,11 +8,14 @@
 
 #include <string>
 
+/// A UID (PS3.5 9) with all its frames or a run of them.
 class KIV_SCOPEITEM_API CKivIPPScopeItemC : public CKivIPPSerialFormC
 {
 public:
     CKivIPPScopeItemC();
+    /// A copy, which names nothing when memory runs out.
     CKivIPPScopeItemC(const CKivIPPScopeItemC&);
+    /// Becomes a copy, which names nothing when memory runs out.
     CKivIPPScopeItemC& operator=(const CKivIPPScopeItemC&);
     ~CKivIPPScopeItemC() override;
 
@@ -40,9 +43,10 @@ public:
     virtual bool Deserialize(const char* buffer, int length, int* size);
     /// A new copy of the item's own class, owned by the caller; null when no memory can be had.
     virtual CKivIPPScopeItemC* Copy() const;
-    /// The frames that the item covers, as runs: one for a UID (all frames: INT_MIN to INT_MAX), none when it
-    /// names nothing. GetFrameRun gives false when `index` is out of range or a pointer is null.
+    /// How many runs of frames the item covers: one for a UID, none when it names nothing.
     virtual int GetNumberOfFrameRuns() const;
+    /// The run at `index`, inclusive; all frames are INT_MIN to INT_MAX. False when `index` is out of range
+    /// or a pointer is null.
     virtual bool GetFrameRun(int index, int* firstFrame, int* lastFrame) const;
     /// Lends the UID until the item changes; an empty text when it has none. The state test stays as it is.
     const char* GetUIDPtr() const { return m_UID.c_str(); }

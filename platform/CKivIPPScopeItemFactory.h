@@ -6,11 +6,14 @@
 #include "platform/CKivIPPRangeIDC.h"
 #include "platform/CKivIPPScopeItemC.h"
 
+/// Makes items by type; may be derived from.
 class KIV_SCOPEITEM_API CKivIPPScopeItemFactory
 {
 public:
     constexpr CKivIPPScopeItemFactory() noexcept = default; // so that one stands before any code runs
+    /// Copies nothing.
     CKivIPPScopeItemFactory(const CKivIPPScopeItemFactory&) = default;
+    /// Copies nothing.
     CKivIPPScopeItemFactory& operator=(const CKivIPPScopeItemFactory&) = default;
     virtual ~CKivIPPScopeItemFactory();
 
@@ -24,8 +27,11 @@ public:
 /// The factory in use, from load to unload. It may be pointed at another one, which must outlive its use.
 extern KIV_SCOPEITEM_API CKivIPPScopeItemFactory* g_pItemFactory;
 
-/// The types of items: what a study, series or image level holds, and frame ranges.
+/// The type of items that name a study by its Study Instance UID (0020,000D).
 extern KIV_SCOPEITEM_API const _GUID g_StudyUID;
+/// The type of items that name a series by its Series Instance UID (0020,000E).
 extern KIV_SCOPEITEM_API const _GUID g_SeriesUID;
+/// The type of items that name an image by its SOP Instance UID (0008,0018).
 extern KIV_SCOPEITEM_API const _GUID g_ImageUID;
+/// The type of frame ranges.
 extern KIV_SCOPEITEM_API const _GUID g_RangeUID;

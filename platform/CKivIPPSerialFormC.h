@@ -5,16 +5,20 @@
 
 #include "platform/Guid.h"
 
+/// An object with a type and a byte stream.
 class CKivIPPSerialFormC
 {
 public:
     CKivIPPSerialFormC() = default;
+    /// An object of the same type.
     CKivIPPSerialFormC(const CKivIPPSerialFormC&) = default;
+    /// Takes the other's type over.
     CKivIPPSerialFormC& operator=(const CKivIPPSerialFormC&) = default;
     virtual ~CKivIPPSerialFormC() = default;
 
     /// The type given with SetType; before, all bytes zero (a frame range: g_RangeUID).
     virtual const _GUID& GetType() const { return m_Type; }
+    /// Records what kind of object this is; nothing is checked.
     virtual void SetType(const _GUID& type) { m_Type = type; }
 
     /// Writes the object at `buffer` and sets `*size` to the bytes written; with a null `buffer` only sets

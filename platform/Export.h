@@ -4,7 +4,9 @@
 #pragma once
 
 #if defined(KIV_STATIC)
+/// Marks what the module that is being built exports.
 #define KIV_EXPORT
+/// Marks what another module exports.
 #define KIV_IMPORT
 #elif defined(_WIN32)
 #define KIV_EXPORT __declspec(dllexport)
@@ -15,31 +17,29 @@
 #endif
 
 #if defined(KIV_BUILD_BASEERROR) // KivIPBaseErrorU: the error sink
+/// Marks what KivIPBaseErrorU exports.
 #define KIV_BASEERROR_API KIV_EXPORT
 #else
 #define KIV_BASEERROR_API KIV_IMPORT
 #endif
 
 #if defined(KIV_BUILD_BASESCOPE) // KivIPPBaseScopeU: scopes
+/// Marks what KivIPPBaseScopeU exports.
 #define KIV_BASESCOPE_API KIV_EXPORT
 #else
 #define KIV_BASESCOPE_API KIV_IMPORT
 #endif
 
 #if defined(KIV_BUILD_SCOPEITEM) // KivIPPDicomScopeItemU: scope items, frame ranges and their factory
+/// Marks what KivIPPDicomScopeItemU exports.
 #define KIV_SCOPEITEM_API KIV_EXPORT
 #else
 #define KIV_SCOPEITEM_API KIV_IMPORT
 #endif
 
 #if defined(KIV_BUILD_DATA) // KivDSDataU: the library itself
+/// Marks what KivDSDataU exports.
 #define KIVDS_API KIV_EXPORT
 #else
 #define KIVDS_API KIV_IMPORT
-#endif
-
-#if defined(KIV_BUILD_DICOM) // KivDSDicom: the adapter for DICOM files
-#define KIVDS_DICOM_API KIV_EXPORT
-#else
-#define KIVDS_DICOM_API KIV_IMPORT
 #endif

@@ -7,12 +7,13 @@
 #else
 #include <cstdint>
 
+/// Sixteen bytes, compared whole (SameGuid).
 struct _GUID
 {
-    std::uint32_t Data1;
-    std::uint16_t Data2;
-    std::uint16_t Data3;
-    std::uint8_t Data4[8];
+    std::uint32_t Data1;   ///< the first of the four groups that a GUID is written in
+    std::uint16_t Data2;   ///< the second
+    std::uint16_t Data3;   ///< the third
+    std::uint8_t Data4[8]; ///< the rest
 };
 #endif
 

@@ -15,24 +15,30 @@
 
 namespace kivds {
 
+/// What ends an event's signal.
 enum class EventReset
 {
-    Automatic, // a wait that ends takes the signal away
-    Manual     // the signal stays until Reset
+    Automatic, ///< a wait that ends takes the signal away
+    Manual     ///< the signal stays until Reset
 };
 
 /// An event (CreateEventW): signalled or not; threads wait for the signal.
 class KIVDS_API Event
 {
 public:
+    /// An event that is `signalled` or not.
     Event(EventReset reset, bool signalled) noexcept;
     ~Event();
     Event(const Event&) = delete;
     Event& operator=(const Event&) = delete;
 
+    /// Waits for the signal, and takes it away where the event says so (WaitForSingleObject).
     void Wait() noexcept;
+    /// Gives the signal: to everybody who waits, or to one of them where a wait takes it away (SetEvent).
     void Set() noexcept;
+    /// Takes the signal away (ResetEvent).
     void Reset() noexcept;
+    /// Ends the use of the object (CloseHandle); again: nothing.
     void Close() noexcept;
 
 private:
@@ -60,8 +66,11 @@ public:
     Mutex(const Mutex&) = delete;
     Mutex& operator=(const Mutex&) = delete;
 
+    /// Acquires the mutex, or waits until it can (WaitForSingleObject).
     void Wait() noexcept;
+    /// Ends one acquisition (ReleaseMutex).
     void Release() noexcept;
+    /// Ends the use of the object (CloseHandle); again: nothing.
     void Close() noexcept;
 
 private:
@@ -76,12 +85,16 @@ private:
 class Counter
 {
 public:
+    /// A counter that stands at `value`.
     explicit Counter(std::int32_t value) noexcept : m_Value(value) {}
     Counter(const Counter&) = delete;
     Counter& operator=(const Counter&) = delete;
 
+    /// One more; gives the new value.
     std::int32_t Increment() noexcept { return m_Value.fetch_add(1) + 1; }
+    /// One less; gives the new value.
     std::int32_t Decrement() noexcept { return m_Value.fetch_sub(1) - 1; }
+    /// The value now.
     std::int32_t Value() const noexcept { return m_Value.load(); }
 
 private:

@@ -18,19 +18,24 @@ class ByteReader;
 class KIVDS_API CKivDSScriptVersion
 {
 public:
+    /// What is registered for one modality.
     struct tagVersion
     {
-        unsigned int nLowestVersion;
-        unsigned int nHighestVersion;
+        unsigned int nLowestVersion;  ///< the lowest number registered
+        unsigned int nHighestVersion; ///< the highest
     };
 
     CKivDSScriptVersion();
+    /// A copy of the list. "Unexpected error" (no memory): an empty list.
     CKivDSScriptVersion(const CKivDSScriptVersion& src);
+    /// Becomes a copy of the list. "Unexpected error" under "CKivDSScriptVersion::operator =" (no memory):
+    /// the list stays as it was.
     CKivDSScriptVersion& operator=(const CKivDSScriptVersion& src);
 
     virtual ~CKivDSScriptVersion();
     /// Registers a version of a modality. "Invalid modality string" (null).
     virtual bool AddVersion(const char* modality, unsigned int version);
+    /// The number of entries.
     virtual int GetNumberOfModalities() const;
     /// The entry at `index`, counted from 0; `modality` has room for 64 bytes and receives at most 63
     /// characters and a NUL. "Invalid index " (also a null buffer): both numbers are 0.
@@ -68,7 +73,9 @@ private:
 
 /// Both numbers alike.
 KIVDS_API bool operator==(const CKivDSScriptVersion::tagVersion& a, const CKivDSScriptVersion::tagVersion& b);
+/// The negation of ==.
 KIVDS_API bool operator!=(const CKivDSScriptVersion::tagVersion& a, const CKivDSScriptVersion::tagVersion& b);
 /// The same modalities with the same numbers.
 KIVDS_API bool operator==(const CKivDSScriptVersion& a, const CKivDSScriptVersion& b);
+/// The negation of ==.
 KIVDS_API bool operator!=(const CKivDSScriptVersion& a, const CKivDSScriptVersion& b);

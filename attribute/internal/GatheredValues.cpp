@@ -54,7 +54,7 @@ bool GatheredValues::Index(const SKivAGAttributeValue* values, int count) noexce
     const bool indexed = Operation(L"GatheredValues::Index").Guard(nullptr, [&] {
         for (; m_nIndexed < count; ++m_nIndexed) {
             if (m_nUsed * 2 >= m_Slots.size())
-                Grow(std::max<std::size_t>(m_Slots.size() * 2, 4 * kWorthwhile));
+                Grow(std::max<std::size_t>(m_Slots.size() * 2, std::size_t{4} * kWorthwhile));
             const std::uint32_t hash = HashOf(values[m_nIndexed]);
             SSlot& slot = m_Slots[FindSlot(hash, values, values[m_nIndexed])];
             if (slot.m_nPosition < 0) { // a value that is repeated needs one entry

@@ -103,7 +103,7 @@ std::string Comparison::Values(DcmElement& a, DcmElement& b)
     const Uint32 length = a.getLengthField();
     if (b.getLengthField() != length)
         return " has " + std::to_string(length) + " and " + std::to_string(b.getLengthField()) + " bytes";
-    constexpr Uint32 kChunk = 1u << 20; // a multiple of every element size
+    constexpr Uint32 kChunk = 1U << 20; // a multiple of every element size
     std::string error;
     for (Uint32 offset = 0; offset < length; offset += std::min(kChunk, length - offset)) {
         const Uint32 size = std::min(kChunk, length - offset);

@@ -26,7 +26,8 @@ unsigned long TagOf(const DcmObject& object)
 
 std::string TagText(unsigned long tag)
 {
-    return KeyOf(tag).toString().c_str();
+    const OFString text = KeyOf(tag).toString();
+    return {text.data(), text.size()};
 }
 
 bool IsOutsideObject(unsigned long tag)

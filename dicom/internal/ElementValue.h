@@ -45,7 +45,7 @@ const Vr& VrOf(DcmElement& element, bool signedPixels);
 bool HasSignedPixels(DcmItem& item, bool inherited);
 
 /// The fragments of encapsulated pixel data, the offset table first; null when it is native.
-DcmPixelSequence* FragmentsOf(DcmElement& pixelData);
+DcmPixelSequence* FragmentsOf(DcmElement& element);
 /// How many frames its bytes can hold: at least a fragment each, or a bit.
 unsigned long MostFramesOf(DcmElement& pixelData);
 

@@ -14,7 +14,6 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
-#include <cstring>
 #include <fstream>
 #include <string_view>
 #include <system_error>
@@ -62,7 +61,7 @@ public:
 private:
     // Some hundred levels of DCMTK's frames, which is more than objects have and less than any thread's
     // stack.
-    static constexpr std::uintptr_t kMaxStack = 192 * 1024;
+    static constexpr std::uintptr_t kMaxStack = std::uintptr_t{192} * 1024;
 
     bool Guard()
     {
@@ -115,10 +114,12 @@ LoadedFile LoadFile(const std::filesystem::path& path)
     std::array<char, 132> head{};
     std::ifstream probe(path, std::ios::binary);
     if (!probe)
-        return Failed(DicomFailure::CannotRead, std::string("cannot be opened: ") + std::strerror(errno));
+        return Failed(DicomFailure::CannotRead,
+                      std::string("cannot be opened: ") + std::generic_category().message(errno));
     probe.read(head.data(), static_cast<std::streamsize>(head.size()));
     if (probe.bad())
-        return Failed(DicomFailure::CannotRead, std::string("cannot be read: ") + std::strerror(errno));
+        return Failed(DicomFailure::CannotRead,
+                      std::string("cannot be read: ") + std::generic_category().message(errno));
     const std::string_view start(head.data(), static_cast<std::size_t>(probe.gcount()));
     if (start.empty())
         return Failed(DicomFailure::NotDicom, "is empty");

@@ -157,7 +157,7 @@ std::unique_ptr<CKivIPPScopeElementC> MakeElement(const Product& product, const 
             std::unique_ptr<CKivIPPScopeItemC> item = MakeItem(run);
             made = made && element->AddItem(level, item.get(), false);
             if (made)
-                item.release(); // the element has taken it over
+                (void)item.release(); // the element has taken it over
         }
     }
     if (!made)

@@ -35,12 +35,12 @@ namespace {
 /// may use it while they come and go.
 union Immortal {
     constexpr Immortal() : m_Factory() {}
-    ~Immortal() {}
+    ~Immortal() {} // NOLINT(modernize-use-equals-default): the default one would not be there
 
     CKivIPPScopeItemFactory m_Factory;
 };
 
-Immortal s_Immortal;
+Immortal s_Immortal; // NOLINT(cert-err58-cpp): constant-initialised
 
 } // namespace
 
