@@ -33,8 +33,10 @@ std::size_t TerminalWidth(std::FILE* stream)
 
 bool WantsColours()
 {
+    // NOLINTBEGIN(concurrency-mt-unsafe): nothing here changes the environment
     const char* const terminal = std::getenv("TERM");
     const char* const refused = std::getenv("NO_COLOR"); // https://no-color.org
+    // NOLINTEND(concurrency-mt-unsafe)
     return !(refused && *refused) && terminal && std::strcmp(terminal, "dumb") != 0;
 }
 
@@ -71,7 +73,7 @@ Character FirstOf(std::string_view text)
 {
     const auto lead = static_cast<unsigned char>(text[0]);
     const std::size_t length = lead < 0x80 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
-    char32_t code = length == 1 ? lead : lead & (0x7Fu >> length);
+    char32_t code = length == 1 ? lead : lead & (0x7FU >> length);
     const std::size_t bytes = std::min(length, text.size());
     for (std::size_t i = 1; i < bytes; ++i)
         code = code << 6 | (static_cast<unsigned char>(text[i]) & 0x3F);
@@ -86,7 +88,7 @@ Character FirstOf(std::string_view text)
     const bool isWide = std::any_of(std::begin(wide), std::end(wide), [&](const Range& range) {
         return code >= range.first && code <= range.last;
     });
-    return {bytes, isWide ? 2u : 1u};
+    return {bytes, isWide ? 2U : 1U};
 }
 
 } // namespace
@@ -166,7 +168,7 @@ void Console::Print(const Line& line)
     if (!HasTerminal())
         out.erase(out.find_last_not_of(' ') + 1);
     out += '\n';
-    std::fwrite(out.data(), 1, out.size(), stdout);
+    (void)std::fwrite(out.data(), 1, out.size(), stdout);
 }
 
 void Console::Print(std::string_view text)
@@ -177,7 +179,7 @@ void Console::Print(std::string_view text)
 void Console::Message(const std::filesystem::path& file, std::string_view text)
 {
     ClearBar();
-    std::fflush(stdout); // so that both stand in order when they go to the same place
+    (void)std::fflush(stdout); // so that both stand in order when they go to the same place
     fmt::print(stderr, "{}: {}\n", file.string(), text);
 }
 

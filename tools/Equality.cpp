@@ -52,7 +52,7 @@ bool HaveSameDetails(const Attribute& a, const Attribute& b)
 
 std::size_t AttributeHash::operator()(const Attribute* attribute) const
 {
-    std::size_t hash = static_cast<std::size_t>(NumberOfValues(*attribute));
+    auto hash = static_cast<std::size_t>(NumberOfValues(*attribute));
     for (int i = 0; i < NumberOfValues(*attribute); ++i) {
         const SKivAGAttributeValue& value = *attribute->GetValuePtr(i);
         const auto bytes = static_cast<std::size_t>(ReadableCount(value)) *

@@ -33,7 +33,7 @@ int NumberOfFrames(const Collection& collection)
 /// multi-frame attributes from 1.
 Collection FrameOf(const Collection& collection, int frame)
 {
-    return Collection(collection, collection.IsEnhancedMFCollection() ? frame - 1 : frame, true);
+    return {collection, collection.IsEnhancedMFCollection() ? frame - 1 : frame, true};
 }
 
 int Frames(const FramesOptions& options, Console& console)

@@ -12,7 +12,6 @@
 #include <cerrno>
 #include <climits>
 #include <cstdint>
-#include <cstring>
 #include <fstream>
 #include <set>
 #include <system_error>
@@ -98,7 +97,7 @@ bool ReadFile(const std::filesystem::path& path, std::string& bytes, std::string
     }
     std::ifstream file(path, std::ios::binary);
     if (!file) {
-        error = std::string("cannot be opened: ") + std::strerror(errno);
+        error = std::string("cannot be opened: ") + std::generic_category().message(errno);
         return false;
     }
     const std::uintmax_t size = std::filesystem::file_size(path, code);
@@ -110,7 +109,7 @@ bool ReadFile(const std::filesystem::path& path, std::string& bytes, std::string
     file.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
     bytes.resize(static_cast<std::size_t>(file.gcount()));
     if (file.bad())
-        error = std::string("cannot be read: ") + std::strerror(errno);
+        error = std::string("cannot be read: ") + std::generic_category().message(errno);
     return !file.bad();
 }
 
@@ -187,7 +186,7 @@ bool WriteStream(Collection& collection, const std::filesystem::path& path, std:
     file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
     file.close();
     if (!file) {
-        error = std::string("cannot be written: ") + std::strerror(errno);
+        error = std::string("cannot be written: ") + std::generic_category().message(errno);
         std::filesystem::remove(draft, code);
         return false;
     }

@@ -15,7 +15,7 @@ inline std::int32_t Int32At(std::string_view bytes, std::size_t offset)
     std::uint32_t bits = 0;
     for (std::size_t i = 4; i-- > 0;)
         bits = bits << 8 | static_cast<unsigned char>(bytes[offset + i]);
-    std::int32_t number;
+    std::int32_t number = 0;
     std::memcpy(&number, &bits, sizeof number);
     return number;
 }

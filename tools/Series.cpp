@@ -34,6 +34,8 @@ public:
         : m_Uid(std::move(uid)), m_pMembers(new CKivDSCompoundCollection), m_Facade(m_pMembers)
     {
     }
+    Series(const Series&) = delete;
+    Series& operator=(const Series&) = delete;
 
     void Add(Collection& member) { m_pMembers->AddCollection(&member, false); }
     void Print(Console& console);

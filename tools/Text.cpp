@@ -173,7 +173,7 @@ std::string TextForm::Values(const Attribute& attribute)
 }
 
 Line TextForm::Head(const Attribute& attribute, std::string_view mark, Style markStyle,
-                    std::string_view count)
+                    std::string_view count) const
 {
     Line line;
     const unsigned long tag = TagOf(attribute);

@@ -21,7 +21,8 @@ public:
     /// with their number (1x3).
     Line LineOf(const Attribute& attribute, std::string_view mark = {}, Style markStyle = Style::Plain);
     /// The same without the values, for a line that says something else about them.
-    Line Head(const Attribute& attribute, std::string_view mark, Style markStyle, std::string_view count);
+    Line Head(const Attribute& attribute, std::string_view mark, Style markStyle,
+              std::string_view count) const;
     /// The values, and what else there is to know about them.
     std::string Values(const Attribute& attribute);
     std::string NameOf(unsigned long tag) const;
