@@ -1,6 +1,7 @@
 // Input: a script version stream.
 #include "fuzz/Harnesses.h"
 #include "fuzz/Support.h"
+#include "tests/support/Versions.h"
 
 namespace kivds::fuzz {
 
@@ -28,38 +29,14 @@ void CheckQueries(CKivDSScriptVersion& versions)
 void ScriptVersionStream(std::string_view bytes)
 {
     ReportWatch reports;
-    const ExactBlock block(bytes);
-    CKivDSScriptVersion versions;
-    int read = 0;
-    {
-        const test::Allocations allocations;
-        read = versions.Deserialize(block.Data(), block.Size());
-        Require(allocations.Bytes() <= AllocationLimit(block.Size()),
-                "reading takes memory in proportion to the input");
-    }
-    if (reports.Count() > 0) {
-        Require(read == 0 && versions.GetNumberOfModalities() == 0, "a refused stream leaves nothing");
-    } else {
-        Require(read > 0 && read <= block.Size(), "no more is taken than is there");
-        CKivDSScriptVersion trusting;
-        trusting.Deserialize(block.Data());
-        Require(trusting == versions, "a sound stream gives the same list without its length");
-    }
-    CheckQueries(versions);
-
-    const int size = versions.GetSerializationSize();
-    Require(size <= 12 + versions.GetNumberOfModalities() * (12 + 64), "no modality is longer than allowed");
-    const ExactBlock stream(std::string(static_cast<std::size_t>(size), '?'));
-    Require(versions.Serialize(stream.Data()) == size, "the bytes written are as many as announced");
-    CKivDSScriptVersion back;
-    Require(back.Deserialize(stream.Data(), size) == size && back == versions, "what is written can be read");
-    const ExactBlock again(std::string(static_cast<std::size_t>(size), '?'));
-    back.Serialize(again.Data());
-    Require(std::string_view(again.Data(), static_cast<std::size_t>(size)) ==
-                std::string_view(stream.Data(), static_cast<std::size_t>(size)),
-            "what is read back writes the same bytes");
-    Require(back.Deserialize(stream.Data(), size - 1) == 0 && reports.Count() > 0,
-            "a stream cut short is refused");
+    const auto make = [] { return std::make_unique<test::Versions>(); };
+    const auto versions = CheckRead(reports, make, bytes);
+    Require(reports.Count() == 0 || versions->GetNumberOfModalities() == 0,
+            "a refused stream leaves nothing");
+    CheckQueries(*versions);
+    Require(versions->GetSerializationSize() <= 12 + versions->GetNumberOfModalities() * (12 + 64),
+            "no modality is longer than allowed");
+    CheckRoundTrip(reports, make, *versions);
 }
 
 } // namespace kivds::fuzz

@@ -179,13 +179,15 @@ auto CheckRead(ReportWatch& reports, Make make, std::string_view bytes, Form... 
     }
     if (read) {
         Require(size >= 0 && size <= block.Size(), "no more is taken than is there");
-        // The form that trusts the stream reads the same from a sound one. Of an enhanced stream it gives the
-        // length that the stream states, whatever that is.
-        constexpr bool unchecked =
-            std::is_same_v<decltype(object), std::unique_ptr<CKivDSEnhancedMFCollection>>;
+        // The form that trusts the stream reads the same from a sound one. Of an enhanced stream and of
+        // script versions it gives the length that the stream states, whatever that is.
+        using Object = std::decay_t<decltype(*object)>;
+        constexpr bool versions = std::is_base_of_v<CKivDSScriptVersion, Object>;
+        constexpr bool unchecked = versions || std::is_same_v<Object, CKivDSEnhancedMFCollection>;
         const auto trusting = make();
         int same = 0;
-        Require(trusting->Deserialize(block.Data(), same, form...) && (unchecked || same == size),
+        Require((trusting->Deserialize(block.Data(), same, form...) || versions) &&
+                    (unchecked || same == size),
                 "a sound stream reads the same without its length");
         Require(Write(*object, reports) == Write(*trusting, reports),
                 "a sound stream gives the same object without its length");

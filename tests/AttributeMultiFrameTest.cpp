@@ -90,11 +90,6 @@ TEST_F(AttributeMultiFrameTest, AFrameHasTheElementOrTheValueAtItsPosition)
     texts->ResetMultiFrameInfo();
     EXPECT_EQ(Frame(*texts, 77), "[A] [BB] [CCC] of item 4") << "a single-frame attribute is copied whole";
     EXPECT_EQ(Frame(CKivDSCodeSequenceAttribute(2, Code("1", "DCM", "Left")), 77), "[Left]");
-    CKivDSDicomAttribute* copy = nullptr;
-    EXPECT_TRUE(Failing(0, [&] { EXPECT_FALSE(texts->CreateSingleFrameCopy(1, &copy)); }));
-    EXPECT_TRUE(Failing(0, [&] { EXPECT_FALSE(texts->CreateInSequenceInitializedCopy(copy)); }));
-    ClaimEach({Of(L"CreateSingleFrameCopy", L"Failed to create new DICOM attribute object"),
-               Of(L"CreateInSequenceInitializedCopy", L"Failed to create new DICOM attribute")});
 }
 
 TEST_F(AttributeMultiFrameTest, SequenceItemsAreFoundByTheirIndexAndNumberedInACopy)

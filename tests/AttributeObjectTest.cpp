@@ -89,14 +89,6 @@ TEST_F(AttributeObjectTest, AllocMakesZeroedValuesAndASmallSingleOneInside)
     }
     EXPECT_FALSE(attribute.Alloc(3, eAttrInt, -1));
     ClaimEach({Of(L"Alloc", L"Invalid byte size")});
-    for (const long failing : {0, 1, 2}) {
-        EXPECT_TRUE(Failing(failing, [&] { EXPECT_FALSE(attribute.Alloc(2, eAttrInt, 1)); }));
-        if (failing == 0)
-            ClaimEach({kNoArray, Of(L"Alloc", L"Failed to allocate new attribute value array")});
-        else
-            ClaimEach({Of(L"Alloc", L"Failed to allocate attribute buffer")});
-        EXPECT_EQ(Text(attribute), "") << "no half-made values";
-    }
 }
 
 TEST_F(AttributeObjectTest, ValuesAreHandedOutAsCopiesLentOrReplaced)
@@ -128,31 +120,15 @@ TEST_F(AttributeObjectTest, ValuesAreHandedOutAsCopiesLentOrReplaced)
     EXPECT_FALSE(attribute->SetValue(1, &value) || attribute->CopyAttributeValue(&value, &value, -1));
     EXPECT_FALSE(attribute->CopyAttributeValue(nullptr, &value, 0) ||
                  attribute->CopyAttributeValue(&value, nullptr, 0));
-    EXPECT_TRUE(Failing(0, [&] { EXPECT_FALSE(attribute->SetValue(1, &text.Record())); }));
     ClaimEach({Of(L"CopyAttributeValue", L"Invalid input buffer "),
                Of(L"CopyAttributeValue", L"Invalid input buffer "),
                Of(L"CopyAttributeValue", L"Invalid input parameter"),
-               Of(L"CopyAttributeValue", L"Invalid input parameter"),
-               Of(L"CopyAttributeValue", L"Failed to allocate destination buffer")});
+               Of(L"CopyAttributeValue", L"Invalid input parameter")});
     EXPECT_EQ(Text(*attribute), "[hi] [20] [hi]");
     text.Record().nCount = 0;
     EXPECT_TRUE(attribute->SetValue(1, &text.Record()));
     const auto& [count, type, index, data] = *attribute->GetValuePtr(1);
     EXPECT_TRUE(count == 0 && type == eAttrChar && index == 0 && !data) << "empty, the index as it was";
-}
-
-/// An attribute of each kind of storage.
-std::vector<AttributePtr> Kinds()
-{
-    std::vector<AttributePtr> kinds;
-    kinds.push_back(std::make_unique<OpenAttribute>(true, true));
-    kinds.push_back(Attribute(2, UL, "123456789012", true));
-    kinds.push_back(Attribute(3, OB, std::string(100, 'y'), false, 3));
-    kinds.push_back(Attribute(4, PN, "Smith^John Jacob Ebenezer^X", true, -1));
-    kinds.push_back(Attribute(5, SQ, ""));
-    kinds.push_back(PerFrame(6, {1, 2, 3}));
-    kinds.push_back(std::make_unique<CKivDSCodeSequenceAttribute>(7, Code("1", "DCM", "Left breast")));
-    return kinds;
 }
 
 void ExpectSame(const CKivDSDicomAttribute& copy, const CKivDSDicomAttribute& source)
@@ -170,34 +146,20 @@ void ExpectSame(const CKivDSDicomAttribute& copy, const CKivDSDicomAttribute& so
 
 TEST_F(AttributeObjectTest, CopiesAndAssignmentsOwnWhatTheyHold)
 {
-    for (const AttributePtr& source : Kinds()) {
+    for (int over = 0; over < kKinds * kKinds; ++over) { // every kind of storage over every other
+        const AttributePtr source = OfKind(over % kKinds), earlier = OfKind(over / kKinds);
         SCOPED_TRACE(Text(*source));
-        for (const AttributePtr& earlier : Kinds()) { // over every kind of storage
-            CKivDSDicomAttribute target(*earlier);
-            ExpectSame(target, *earlier);
-            const CKivDSDicomAttribute& self = target = *source;
-            target = self;
-            ExpectSame(target, *source);
-            target.Clean();
-            EXPECT_TRUE(Text(target).empty() && target.IsMultiFrame() == source->IsMultiFrame() &&
-                        target.IsPrivate() == source->IsPrivate() &&
-                        target.MustReplicate() == source->MustReplicate());
-        }
-        bool failed = true;
-        for (long failing = 0; failed; ++failing) {
-            OpenAttribute poor(true, true);
-            failed = Failing(failing, [&] { poor = *source; });
-            EXPECT_TRUE(Text(poor) == Text(*source) || Text(poor).empty())
-                << "all values or none: " << Text(poor);
-            EXPECT_EQ(ClaimAll() > 0, failed);
-        }
+        CKivDSDicomAttribute target(*earlier);
+        ExpectSame(target, *earlier);
+        const CKivDSDicomAttribute& self = target = *source;
+        target = self;
+        ExpectSame(target, *source);
+        target.Clean();
+        EXPECT_TRUE(Text(target).empty() && target.IsMultiFrame() == source->IsMultiFrame() &&
+                    target.IsPrivate() == source->IsPrivate() &&
+                    target.MustReplicate() == source->MustReplicate());
     }
-    const auto source = Values({1, 2}), target = Values({3}, 0, 0, 9);
-    EXPECT_TRUE(Failing(0, [&] { EXPECT_EQ(CKivDSDicomAttribute(*source).GetValuePtr(0), nullptr); }));
-    EXPECT_TRUE(Failing(0, [&] { *target = *source; }));
-    ClaimEach({kNoArray, Of(L"CKivDSDicomAttribute", L" Out of memory "), kNoArray,
-               Of(L"operator =", L"Failed to allocate new attribute value array")});
-    EXPECT_EQ(Text(*target), "");
+    const auto source = Values({1, 2});
     source->InitEmpty(0xFFFEE000, 33, true);
     unsigned long tag = 0;
     EXPECT_TRUE(source->GetTag(&tag) && tag == 0xFFFEE000 && source->GetDicomRepresentation() == 33);

@@ -132,26 +132,5 @@ TEST_F(AttributeOperatorsTest, ThousandsOfValuesGatherAsAFewDo)
     EXPECT_EQ(Text(CKivDSDicomAttribute(*gathered)), text);
 }
 
-TEST_F(AttributeOperatorsTest, AccumulationWithoutMemoryLeavesTheAttributeAsItWas)
-{
-    const std::string large(100, 'a');
-    const std::tuple<AttributePtr, AttributePtr, const wchar_t*> rows[] = {
-        {Attribute(5, OB, "b"), Attribute(5, OB, large, true),
-         L"Failed to allocate new array of attribute values"},
-        {Attribute(5, CS, "A\\B"), Attribute(5, CS, "B\\C\\" + large),
-         L"Failed to allocate new attribute value array"}};
-    for (const auto& [to, b, noArray] : rows) {
-        bool failed = true;
-        for (long failing = 0; failed; ++failing) {
-            CKivDSDicomAttribute a(*to);
-            failed = Failing(failing, [&a, &more = *b] { a += more; });
-            EXPECT_EQ(a == *to, failed);
-            if (failing == 0)
-                ClaimEach({kNoArray, Of(L"operator +=", noArray)});
-            EXPECT_EQ(ClaimAll() > 0, failed && failing > 0);
-        }
-    }
-}
-
 } // namespace
 } // namespace kivds::test

@@ -2,6 +2,7 @@
 #include "attribute/DumpListener.h"
 #include "tests/support/Attributes.h"
 #include "tests/support/Hex.h"
+#include "tests/support/Notation.h"
 
 #include <climits>
 #include <clocale>
@@ -37,28 +38,9 @@ struct AttributeRenderTest : AttributeTest
 
 TEST_F(AttributeRenderTest, EveryTypeAndRepresentationHasItsFormat)
 {
-    const std::tuple<int, const char*, int, const char*> rows[] = {
-        {US, "01 00 00 02", 400, " 1 512 "},
-        {US, "64 00 C8 00 2C 01", 9, "100 200 "}, // the third does not fit
-        {US, "01 00 02 00 03 00", 3, ""},         // nothing fits
-        {US, "01 00 02 00 03 00", 4, " 1 "},
-        {AT, "08 00 00 01", 400, "0008(h) 0100(h) "},
-        {SS, "FF FF 0C 00 00 80", 400, "-1 12 -32768 "},
-        {SL, "FF FF FF FF 05 00 00 00", 400, "-1 5 "},
-        {UL, "FF FF FF FF 05 00 00 00", 400, "4294967295 5 "},
-        {FL, "00 00 C0 3F 00 00 00 80", 400, "1.500000 -0.000000 "},
-        {FD, "00 00 00 00 00 00 F0 7F", 400, "inf "},
-        {OB, "FF 00 01 7F 80 05 06 07 08 09 0A 0B", 400, "-1 00 01 127 -128 05 06 07 08 09 "},
-        {13, "FF 61", 400, "-1 97 "},
-        {OB, "01 02 03 04", 10, "01 02 03 "},
-        {UN, "48 45 4C 4C 4F 00 58", 400, "HELLO"}, // up to a NUL
-        {LO, "48 45 4C 4C 4F", 4, "HEL"},
-        {LO, "48 45 4C 4C 4F", 1, ""},
-        {SQ, "", 400, "00280010(h) "},
-        {DA, "32 30 32 34 30 32 32 39", 400, "2024 2 29 "},
-    };
-    for (const auto& [representation, bytes, bufferSize, text] : rows)
-        EXPECT_EQ(Rendered(*Attribute(0x00280010, representation, Bytes(bytes)), bufferSize), text) << bytes;
+    for (const auto& [representation, bytes, bufferSize, text] : Examples<Txt, Txt, int, Txt>("rendering"))
+        EXPECT_EQ(Rendered(*Attribute(0x00280010, CodeOf(representation), Bytes(bytes)), bufferSize), text)
+            << bytes;
     const double extremes[] = {std::numeric_limits<double>::lowest(), 5};
     const auto doubles = Attribute(1, FD, {reinterpret_cast<const char*>(extremes), sizeof extremes});
     EXPECT_EQ(Rendered(*doubles, 328).size(), 318u + 9);

@@ -105,16 +105,6 @@ TEST_F(CodeSequenceTest, MergingAppendsRecordsAndMakesTheValuesAnew)
     plain += none;
     EXPECT_EQ(All(plain), "|") << "no records, no values";
     EXPECT_FALSE(plain.DumpValuesInfo());
-    const Codes b(7, m_B);
-    for (const long failing : {0, 1, 2}) { // the records, the value array, a value
-        Codes codes(7, m_A);
-        EXPECT_TRUE(Failing(failing, [&] { codes += b; }));
-        EXPECT_EQ(All(codes), failing == 0 ? "A | [Left breast]0" : "A B | [Left breast]0")
-            << "the old values stay";
-        if (failing == 1)
-            ClaimEach({kNoArray, OfCodes(L"Failed to allocate new attribute value array")});
-        EXPECT_EQ(ClaimAll(), failing == 1 ? 0u : 1u);
-    }
 }
 
 TEST_F(CodeSequenceTest, CopiesHoldTheirOwnRecords)

@@ -13,18 +13,7 @@ constexpr Wide kNarrow = L"CKivDSDicomAttributeCollection::UpdateMultiFrameScope
 
 TEST_F(CollectionFramesTest, AFramesCollectionHoldsItsValuesAndItsIndex)
 {
-    for (const auto& [sourceText, frameOf, expected] : Rows<Txt, int, Txt>{
-             {"X1|L1+2+3 M10,20,30", 2, "X1|L2s M20s #2prs"},
-             {"X1|L1,2,3 M10,20", 3, "X1|L3s #3prs"}, // a frame that one attribute does not hold
-             {"|M10,20", 65538, "|#2prs"},
-             {"|M10,20", -1, "|#65535prs"},
-             {"X1|", 1, "X1|#1prs"},
-             {"X1|M1,2p", 1, "X1|M1s #1prs"},
-             {"-", 1, "-"},
-             {"{X1|M1,2;Y1}", 2, "{X1|M2s #2prs;Y1}"},
-             {"<X1 N2|M5,6;Y1;X2 Y2>", 1, "X1+2 Y2 N1|M5s #1prs"},
-             {"<X1;Y1>", 0, "X1 Y1"},
-         }) {
+    for (const auto& [sourceText, frameOf, expected] : Examples<Txt, int, Txt>("frames")) {
         for (const bool deep : {false, true}) {
             SCOPED_TRACE(std::string(sourceText) + (deep ? " deep" : ""));
             CollectionPtr source = Make(sourceText);
@@ -67,14 +56,8 @@ TEST_F(CollectionFramesTest, AFrameThatCannotBeMadeLeavesWhatWasMade)
 
 TEST_F(CollectionFramesTest, TheScopeIsNarrowedToTheFrame)
 {
-    for (const auto& [sourceText, deep, narrowed, ofSource] : Rows<Txt, bool, Txt, Txt>{
-             {"X1|M1,2", true, "9[2-2]", "9"},
-             {"X1|M1,2", false, "9[2-2]", "9[2-2]"},
-             {"X1", false, "9", "9"},
-             {"{X1|M1,2;Y1}", true, "9[2-2]", "9"},
-             {"{X1|M1,2}", false, "9[2-2]", "9"},
-             {"<X1|M1;;;>", false, "9[2-2]", "9"},
-         }) {
+    for (const auto& [sourceText, deep, narrowed, ofSource] :
+         Examples<Txt, bool, Txt, Txt>("narrowed scopes")) {
         SCOPED_TRACE(sourceText);
         const CollectionPtr source = Make(sourceText);
         SetScope(*source, "9");
@@ -110,13 +93,8 @@ TEST_F(CollectionFramesTest, AScopeThatCannotBeNarrowedIsReportedAndKept)
 
 TEST_F(CollectionFramesTest, SplittingGivesAFacadeOfEachPart)
 {
-    for (const auto& [sourceText, singleText, multiText, report] : Rows<Txt, Txt, Txt, Wide>{
-             {"X1|M1", "X1", "|M1", nullptr},
-             {"X1", "X1", nullptr, nullptr},
-             {"{X1}", nullptr, nullptr, kCompoundRefused},
-             {"W1<X1;Z1>", nullptr, nullptr, kEnhancedRefused},
-             {"-", nullptr, nullptr, L"Attempt to split an uninitialized object "},
-         }) {
+    for (const auto& [sourceText, singleText, multiText, report] :
+         Examples<Txt, Txt, Txt, Txt>("splitting")) {
         for (const bool deep : {false, true}) {
             SCOPED_TRACE(sourceText);
             const CollectionPtr source = Make(sourceText);
@@ -124,7 +102,7 @@ TEST_F(CollectionFramesTest, SplittingGivesAFacadeOfEachPart)
             EXPECT_EQ(source->Split(single, multi, deep), !report);
             const CollectionPtr ownedSingle(single), ownedMulti(multi);
             if (report)
-                Claim(L"CKivDSDicomAttributeCollection::Split", report);
+                Claim(L"CKivDSDicomAttributeCollection::Split", CellAs<std::wstring>(report).c_str());
             EXPECT_EQ(single ? Show(*single) : "null", singleText ? singleText : "null");
             EXPECT_EQ(multi ? Show(*multi) : "null", multiText ? multiText : "null");
             EXPECT_EQ(Show(*source), sourceText);
@@ -137,14 +115,7 @@ TEST_F(CollectionFramesTest, SplittingGivesAFacadeOfEachPart)
 TEST_F(CollectionFramesTest, SingleFramePartsAreUpdatedFromTheLeftOrFromTheRight)
 {
     for (const auto& [targetText, sourceText, deep, expected, scopeText, report] :
-         Rows<Txt, Txt, bool, Txt, Txt, Wide>{
-             {"X1 Y1|M1", "X2 Z2|L1", false, "X1+2 Y1 Z2|M1", "8", nullptr},
-             {"X1 Y1|M1", "X2 Z2|L1", true, "X2+1 Y1 Z2|M1", "8", nullptr},
-             {"-", "X2|L1", false, "X2", "9", nullptr},
-             {"-", "X2|L1", true, "X2", "9", nullptr},
-             {"{X1}", "X2", true, "{X1}", "8", kCompoundRefused},
-             {"<X1;Z1>", "X2", false, "<X1;Z1>", "8", kEnhancedRefused},
-         }) {
+         Examples<Txt, Txt, bool, Txt, Txt, Txt>("updating")) {
         SCOPED_TRACE(targetText);
         const CollectionPtr target = Make(targetText), source = Make(sourceText);
         SetScope(*target, "8");
@@ -152,7 +123,8 @@ TEST_F(CollectionFramesTest, SingleFramePartsAreUpdatedFromTheLeftOrFromTheRight
         const Facade sharing(*target);
         EXPECT_EQ(target->UpdateSingleFrameCollection(*source, deep), !report);
         if (report)
-            Claim(L"CKivDSDicomAttributeCollection::UpdateSingleFrameCollection", report);
+            Claim(L"CKivDSDicomAttributeCollection::UpdateSingleFrameCollection",
+                  CellAs<std::wstring>(report).c_str());
         EXPECT_EQ(Show(*target), expected);
         EXPECT_EQ(Show(sharing), deep || *targetText == '-' ? targetText : expected);
         EXPECT_EQ(ScopeOf(*target), scopeText);
@@ -170,12 +142,8 @@ TEST_F(CollectionFramesTest, SingleFramePartsAreUpdatedFromTheLeftOrFromTheRight
 
 TEST_F(CollectionFramesTest, MergingOverwritesAndTakesTheFirstScope)
 {
-    for (const auto& [firstText, secondText, mergedText, expected] : Rows<Txt, Txt, Txt, Txt>{
-             {"X1 Y1p|M1", "X2 Y2p Z2", "", "X2 Y1p Z2|M1"},
-             {"X1 Y1p", "X2", "W1", "W1 X2"},
-             {"{X1;X2 Y1}", "{Z1|M1}", "", "X1+2 Y1 Z1|M1"},
-             {"<X1;Z1>", "Y1", "", "X1 Y1"},
-         }) {
+    for (const auto& [firstText, secondText, mergedText, expected] :
+         Examples<Txt, Txt, Txt, Txt>("merging")) {
         SCOPED_TRACE(firstText);
         const CollectionPtr first = Make(firstText), second = Make(secondText), merged = Make(mergedText);
         SetScope(*first, "8");

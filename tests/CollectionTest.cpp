@@ -4,7 +4,6 @@
 #include "tests/support/Reports.h"
 
 #include <functional>
-#include <thread>
 
 namespace kivds::test {
 namespace {
@@ -15,20 +14,7 @@ TEST_F(CollectionTest, EveryFormAnswersEveryQuery)
 {
     constexpr long X = 77; // the operation fails and leaves its output alone; frames: known, and how many
     for (const auto& [form, is, all, single, multi, framesKnown, frames] :
-         Rows<Txt, Txt, long, long, long, bool, int>{
-             {"-", "", X, X, X, false, X},
-             {"", "good", 0, 0, 0, true, 0},
-             {"X1 N2|M1,2", "good multi", 3, 2, 1, true, 2},
-             {"X1|M1,2", "good multi", 2, 1, 1, false, 0},
-             {"X1|M1s", "good multi", 2, 1, 1, false, 0},
-             {"{}", "good compound", 0, X, X, false, 0},
-             {"{X1;X1 Y1|M1}", "good multi compound", 4, X, X, true, 0},
-             {"{X1|M1;N2|M1,2}", "good multi compound", 4, X, X, true, 2},
-             {"<-;Y1>", "good enhanced", X, X, X, false, X},
-             {"<X1>", "good enhanced", 1, 1, 0, false, 0},
-             {"<X1|M1,2;Y1;Y2;Y3>", "good multi enhanced", 2, 1, 1, true, 3},
-             {"Z1 Z2<X1 Y1;Y1>", "good enhanced", 2, 2, 0, true, 1},
-         }) {
+         Examples<Txt, Txt, long, long, long, bool, int>("forms")) {
         SCOPED_TRACE(form);
         const CollectionPtr facade = Make(form);
         const auto says = [said = std::string(is)](Txt word) { return said.find(word) != std::string::npos; };
@@ -86,17 +72,7 @@ TEST_F(CollectionTest, ChangesAreRefusedByCompoundAndEmptyFacades)
 TEST_F(CollectionTest, AddingReplacesOrAccumulatesAndDeletesWhatItDoesNotKeep)
 {
     for (const auto& [held, added, merge, expected, heldDeleted, addedDeleted] :
-         Rows<Txt, Txt, bool, Txt, int, int>{
-             {"Y1", "X2", true, "X2 Y1", 0, 0},
-             {"X1", "X2", true, "X2", 1, 0},
-             {"X1", "X2r", true, "X1+2", 0, 1},
-             {"X1", "X2r", false, "X2r", 1, 0},
-             {"X1r", "X2", true, "X2", 1, 0},
-             {"X1", "X2pr", true, "X1+2", 0, 1},
-             {"X1", "X2m", true, "X1|X2", 0, 0},
-             {"X1m", "X2m", true, "|X2", 1, 0},
-             {"X1m", "X2", true, "X2|X1", 0, 0},
-         }) {
+         Examples<Txt, Txt, bool, Txt, int, int>("adding")) {
         SCOPED_TRACE(std::string(held) + " " + added + (merge ? " merge" : ""));
         int first = 0, second = 0;
         CollectionPtr facade = Make("");
@@ -168,19 +144,8 @@ TEST_F(CollectionTest, RemovalSparesWhatIsPrivateButForThePartsMultiFrameRemoval
 TEST_F(CollectionTest, LookupsSearchThePartsAskedFor)
 {
     // "Q1" is what the caller put there, and what stays there when nothing is found.
-    for (const auto& [form, letter, single, multi, result, has] : Rows<Txt, char, bool, bool, Txt, bool>{
-             {"X1|X2 M3", 'X', true, true, "X1", true},
-             {"X1|X2 M3", 'X', false, true, "X2m", true},
-             {"X1|X2 M3", 'X', false, false, "Q1", false},
-             {"X1|X2 M3", 'M', true, true, "M3m", false},
-             {"X1|X2 M3", 'M', false, true, "M3m", true},
-             {"{Y1;X1;X2}", 'X', true, true, "X1", true},
-             {"{X1;X1|X2}", 'X', false, true, "X2m", true},
-             {"<X1|M2;Y1>", 'M', true, true, "M2m", false},
-             {"<X1|M2;Y1>", 'Y', true, true, "Q1", false},
-             {"Y1<X1;Z1>", 'Y', true, true, "Q1", false},
-             {"-", 'X', true, true, "Q1", false},
-         }) {
+    for (const auto& [form, letter, single, multi, result, has] :
+         Examples<Txt, char, bool, bool, Txt, bool>("looking up")) {
         SCOPED_TRACE(std::string(form) + " " + letter);
         const CollectionPtr facade = Make(form);
         const AttributePtr before = MakeAttribute("Q1");
@@ -246,14 +211,7 @@ TEST_F(CollectionTest, AFrameCountThatCannotBeReadIsReported)
 
 TEST_F(CollectionTest, ShallowCopiesShareAndDeepCopiesDoNot)
 {
-    for (const auto& [form, shallow, deep] : Rows<Txt, Txt, Txt>{
-             // copies, after X2 was added to the original, or to the first member
-             {"", "X2", ""},
-             {"Y1|M1,2", "X2 Y1|M1,2", "Y1|M1,2"},
-             {"-", "-", "-"},
-             {"{Y1;Z1|M1}", "{X2 Y1;Z1|M1}", "{Y1;Z1|M1}"},
-             {"<Y1;Z1>", "<X2 Y1;Z1>", "<X2 Y1;Z1>"}, // parts stay shared, the list of frames does not
-         }) {
+    for (const auto& [form, shallow, deep] : Examples<Txt, Txt, Txt>("copies")) {
         SCOPED_TRACE(form);
         CollectionPtr original = Make(form);
         const Facade copies[] = {Facade(*original), Facade(*original, true)};
@@ -276,25 +234,6 @@ TEST_F(CollectionTest, ShallowCopiesShareAndDeepCopiesDoNot)
     EXPECT_EQ(Show(Facade(nullptr, MultiPart(*source))), "|M1");
 }
 
-TEST_F(CollectionTest, TheLastOfManyThreadsToHoldAPartDeletesIt)
-{
-    int deleted = 0;
-    CollectionPtr shared = Make("|M1,2");
-    Add(*shared, std::make_unique<CountedAttribute>("X1", &deleted));
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 3; ++i) {
-        threads.emplace_back([mine = std::make_unique<Facade>(*shared)]() mutable {
-            for (int n = 0; n < 2000; ++n)
-                const Facade copy(*mine);
-            mine.reset();
-        });
-    }
-    shared.reset();
-    for (std::thread& thread : threads)
-        thread.join();
-    EXPECT_EQ(deleted, 1);
-}
-
 TEST_F(CollectionTest, EntriesWithoutAnAttributeArePassedOver)
 {
     int deleted = 0;
@@ -313,15 +252,7 @@ TEST_F(CollectionTest, EntriesWithoutAnAttributeArePassedOver)
     holed.Dump();
     EXPECT_TRUE(holed == Facade(holed, true));
     EXPECT_FALSE(holed == *Make("W1 X5 Z1"));
-    for (const auto& [op, onTheLeft, onTheRight] : Rows<Txt, Txt, Txt>{
-             // of "X2 Z1"
-             {"+=", "W1 X2 Z1", "W1 X2 Z1"},
-             {"*=", "W1 X2 Z1", "W1 X2 Z1"},
-             {"|=", "W1 X2 Z1", "W1 X2 Z1"},
-             {"-=", "W1 X?", "X2"},
-             {"/=", "W1", "X2"},
-             {"^=", "X? Z1", "Z1"},
-         }) {
+    for (const auto& [op, onTheLeft, onTheRight] : Examples<Txt, Txt, Txt>("missing attributes")) {
         EXPECT_EQ(Show(Apply<Facade>(op, *std::make_unique<Facade>(holed, true), *Make("X2 Z1"))), onTheLeft)
             << op;
         EXPECT_EQ(Show(Apply<Facade>(op, *Make("X2 Z1"), holed)), onTheRight) << op;

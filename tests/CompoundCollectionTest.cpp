@@ -113,12 +113,7 @@ TEST_F(CompoundCollectionTest, AppendingTakesEveryMemberInOrder)
 
 TEST_F(CompoundCollectionTest, FlatteningUnitesTheMembersInPlace)
 {
-    for (const auto& [intoText, compoundText, expected] : Rows<Txt, Txt, Txt>{
-             {"", "{X1r;X1r;X1}", "X1+1r"},
-             {"W1|L1", "{X1|M1;Y1}", "W1 X1 Y1|L1 M1"},
-             {"-", "{X1|M1;X2|M2}", "X1+2|M1"},
-             {"", "{<X1|M1;Z1>;Y1}", "X1 Y1|M1"},
-         }) {
+    for (const auto& [intoText, compoundText, expected] : Examples<Txt, Txt, Txt>("flattening")) {
         SCOPED_TRACE(compoundText);
         const CollectionPtr into = Make(intoText);
         CollectionPtr compound = Make(compoundText);

@@ -35,7 +35,6 @@ TEST_F(FactoryTest, ATypeNamesAClass)
         EXPECT_TRUE(attribute && attribute->GetType() == type &&
                     (Codes(attribute) != nullptr) == (type == 1));
         EXPECT_TRUE(!attribute->GetValuePtr(0) && !attribute->IsPrivate() && !attribute->MustReplicate());
-        EXPECT_TRUE(Failing(0, [type] { EXPECT_FALSE(Make(type)); })) << "without a report";
     }
     for (const int type : {2, -1, INT_MIN, INT_MAX}) {
         EXPECT_FALSE(Make(type));
@@ -54,8 +53,6 @@ TEST_F(FactoryTest, ACopyIsOfItsSourcesClass)
     CKivDSDicomAttribute* frame = nullptr;
     ASSERT_TRUE(codes.CreateSingleFrameCopy(1, &frame));
     EXPECT_FALSE(Codes(Make(*AttributePtr(frame)))) << "a plain copy says that it is plain";
-    EXPECT_TRUE(Failing(0, [&] { EXPECT_FALSE(Make<CKivDSDicomAttribute>(codes)); }));
-
     OpenAttribute attribute;
     for (const int type : {2, -1, 1}) { // the last: it says that it holds codes, but is no such object
         attribute.m_nType = type;

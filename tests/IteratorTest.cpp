@@ -25,15 +25,7 @@ std::string Walk(Iterator& iterator)
 
 TEST_F(IteratorTest, FlagsSelectThePartsToWalk)
 {
-    for (const auto& [form, single, multi, both] : Rows<Txt, Txt, Txt, Txt>{
-             {"Y1 X1|M1 L1", "X1 Y1", "L1m M1m", "X1 Y1 L1m M1m"},
-             {"X1|", "X1", "", "X1"},
-             {"", "", nullptr, ""}, // null: there is no map to walk
-             {"-", nullptr, nullptr, nullptr},
-             {"<X1|M1;Z1>", "X1", "M1m", "X1 M1m"},
-             {"W1<X1;Z1>", "X1", nullptr, "X1"},
-             {"{X1 Y1;Y2 Z1|M1}", "X1 Y1+2 Z1", "M1m", "X1 Y1+2 Z1 M1m"},
-         }) {
+    for (const auto& [form, single, multi, both] : Examples<Txt, Txt, Txt, Txt>("walks")) {
         SCOPED_TRACE(form);
         for (const auto& [walkSingle, walkMulti, expected] : {std::tuple(true, false, single),
                                                               {false, false, single},
@@ -97,14 +89,8 @@ TEST_F(IteratorTest, InvalidationEndsTheWalkUntilItStartsAgain)
 
 TEST_F(IteratorTest, TheCompoundIteratorWalksMemberAfterMember)
 {
-    for (const auto& [form, single, multi, walked, memberless] : Rows<Txt, bool, bool, Txt, int>{
-             {"{X1 Y1;Y2 Z1}", true, true, "X1 Y1 Y2 Z1", 0},
-             {"{;X1|M1;;Y1}", true, true, "X1 M1m Y1", 0},
-             {"{X1|M1;Y1|L1}", false, false, "X1 Y1", 0},
-             {"{X1|M1;Y1|L1}", false, true, "M1m L1m", 0},
-             {"{X1;Y1|L1;Z1}", false, true, "L1m", 2},
-             {"{;}", true, true, "", 0},
-         }) {
+    for (const auto& [form, single, multi, walked, memberless] :
+         Examples<Txt, bool, bool, Txt, int>("member walks")) {
         SCOPED_TRACE(form);
         const CollectionPtr compound = Make(form);
         CKivDSCompoundCollectionIterator iterator(*Compound(*compound), single, multi);

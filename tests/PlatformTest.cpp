@@ -34,19 +34,14 @@ using ScopePtr = std::unique_ptr<CKivIPPScopeC>;
 
 // ---- error sink
 
-/// Counts the reports, and the calls that are under way.
+/// Counts the reports.
 struct Log
 {
-    std::atomic<int> m_nReports{0}, m_nInside{0};
-
     static void Receive(void* context, const wchar_t*, const wchar_t*, int)
     {
-        auto* const log = static_cast<Log*>(context);
-        ++log->m_nInside;
-        std::this_thread::yield();
-        ++log->m_nReports;
-        --log->m_nInside;
+        ++static_cast<Log*>(context)->m_nReports;
     }
+    int m_nReports = 0;
 };
 
 struct ErrorSink : testing::Test
@@ -88,28 +83,6 @@ TEST_F(ErrorSink, LetsAListenerReportReplaceItselfAndThrow)
     EXPECT_EQ(s_Inner.m_nReports, 3);
     g_KivIPError.SetError(L"f", L"m", 2);
     EXPECT_EQ(s_Inner.m_nReports, 4) << "the replacement listens";
-}
-
-TEST_F(ErrorSink, RunsNoFormerListenerOnceItIsReplaced)
-{
-    std::atomic<bool> stop{false};
-    std::vector<std::thread> reporters;
-    for (int i = 0; i < 3; ++i)
-        reporters.emplace_back([&] {
-            while (!stop)
-                g_KivIPError.SetError(L"f", L"m", 0);
-        });
-    for (int round = 0; round < 200; ++round) {
-        const auto log = std::make_unique<Log>();
-        g_KivIPError.SetListener(Log::Receive, log.get());
-        while (log->m_nReports < 3)
-            std::this_thread::yield();
-        g_KivIPError.SetListener(nullptr, nullptr);
-        ASSERT_EQ(log->m_nInside, 0);
-    }
-    stop = true;
-    for (std::thread& reporter : reporters)
-        reporter.join();
 }
 
 TEST_F(ErrorSink, EndsWhenTwoListenersReplaceEachOtherAtOnce)
@@ -163,51 +136,6 @@ bool IsEmptied(const Range& range)
 bool IsEmptied(const Item& item)
 {
     return !item.IsGood() && *item.GetUIDPtr() == '\0';
-}
-bool IsEmptied(const CKivIPPScopeC& scope)
-{
-    return scope.GetLevels() == 0;
-}
-
-/// Reads `original`'s stream whole, within more bytes, cut at every byte, and with every 32-bit word
-/// disturbed.
-template <class Object>
-void CheckStream(const Object& original)
-{
-    const std::vector<char> bytes = Written(original);
-    const int length = static_cast<int>(bytes.size());
-    std::vector<char> longer = bytes;
-    longer.resize(bytes.size() + 9, '\x55');
-    int size = 0;
-    Object whole, unbounded, within;
-    EXPECT_TRUE(Read(whole, bytes, &size) && size == length);
-    EXPECT_TRUE(unbounded.Deserialize(bytes.data(), &size) && size == length);
-    EXPECT_TRUE(Read(within, longer, &size) && size == length) << "bytes behind the stream are not its own";
-    for (const Object* object : {&whole, &unbounded, &within})
-        EXPECT_EQ(Written(*object), bytes);
-    EXPECT_FALSE(Read(whole, bytes, nullptr));
-    EXPECT_FALSE(unbounded.Deserialize(nullptr, &size) || within.Deserialize(nullptr, 99, &size));
-
-    for (std::size_t cut = 0; cut < bytes.size(); ++cut) {
-        Object object;
-        EXPECT_TRUE(Read(object, bytes, &size));
-        const std::vector<char> part(bytes.data(), bytes.data() + cut);
-        EXPECT_FALSE(Read(object, part, &size)) << cut;
-        EXPECT_TRUE(size == 0 && IsEmptied(object)) << cut;
-    }
-    for (std::size_t at = 0; at + 4 <= bytes.size(); ++at)
-        for (const unsigned value : {0u, 1u, 0x7FFFFFFFu, 0x80000000u, 0xFFFFFFFFu, unsigned(length + 1)}) {
-            std::vector<char> disturbed = bytes;
-            Put(disturbed, at, value);
-            Object object, again;
-            if (!Read(object, disturbed, &size)) {
-                EXPECT_TRUE(size == 0 && IsEmptied(object)) << at << ' ' << value;
-                continue;
-            }
-            EXPECT_EQ(size, length) << at << ' ' << value;
-            const std::vector<char> first = Written(object);
-            EXPECT_TRUE(Read(again, first, &size) && Written(again) == first) << at << ' ' << value;
-        }
 }
 
 // ---- frame ranges
@@ -299,8 +227,6 @@ TEST(FrameRange, CostsTheSameForManyFramesAndRefusesWhatCannotBeCounted)
 TEST(FrameRange, ReadsOnlySoundStreams)
 {
     Range range = ListOf({1, 2, 3, 0, 1, -5});
-    CheckStream(range);
-    CheckStream(Range());
     constexpr int bad[][4] = {{1, -1, 5, 3}, {1, INT_MAX, 5, 1}, {INT_MIN, INT_MAX, 0, INT_MAX}};
     for (const auto& runs : bad) { // of less than a frame, or more frames together than can be counted
         std::vector<char> bytes = Written(ListOf({1, 5}));
@@ -377,9 +303,6 @@ TEST(ScopeItem, EqualsWhatNamesTheSame)
     }
     EXPECT_EQ(g_pItemFactory->Create(g_ScopeElementType), nullptr);
     EXPECT_EQ(g_pItemFactory->Clone(nullptr), nullptr);
-    CheckStream(*items[3]);
-    CheckStream(*items[5]);
-    CheckStream(Item());
 }
 
 // ---- scope elements and collections
@@ -600,29 +523,25 @@ TEST(ScopeAlgebra, ComparesLevelsAndTypesFirst)
     EXPECT_TRUE(element->GetItemPtr(0, 1)->IsEqual(std::make_unique<Range>(ListOf({6})).get()));
 }
 
-TEST(ScopeStream, ReadsOnlySoundStreams)
+// Sound streams are in docs/streams.md and tests/streams.md; CorruptionTest.cpp disturbs them.
+TEST(ScopeStream, IsOfItsKindAndOfItemsThatCanBeMade)
 {
-    Element element;
-    Prepare(element, {&g_StudyUID, &g_RangeUID, &g_ImageUID});
-    Add(element, 0, {{"1"}});
-    EXPECT_TRUE(element.AddItem(1, new Range(ListOf({4, 5, 1})), false));
-    Add(element, 2, {{"1.2.3", 1, 3}, {"1.4"}});
+    Element element, stranger;
     Collection collection;
-    Prepare(collection, {&g_StudyUID, &g_RangeUID, &g_ImageUID});
-    EXPECT_TRUE(collection.AddScopeElement(&element) && collection.AddScopeElement(&element));
-    CheckStream(element);
-    CheckStream(Element());
-    CheckStream(collection);
-    CheckStream(Collection());
-
-    Element stranger; // nobody makes items of this type
     Prepare(stranger, {&g_ScopeElementType});
     auto* const item = new Item();
-    item->SetType(g_ScopeElementType);
+    item->SetType(g_ScopeElementType); // nobody makes items of this type
     EXPECT_TRUE(stranger.AddItem(0, item, false));
     int size = 0;
     EXPECT_FALSE(Read(element, Written(stranger), &size));
     EXPECT_FALSE(Read(element, Written(collection), &size)) << "another kind of stream";
+    Range range;
+    const auto refusesNull = [&](auto& object) { // Written tries it when writing
+        const std::vector<char> bytes = Written(object);
+        EXPECT_FALSE(Read(object, bytes, nullptr) || object.Deserialize(nullptr, &size) ||
+                     object.Deserialize(nullptr, 99, &size));
+    };
+    refusesNull(*item), refusesNull(element), refusesNull(collection), refusesNull(range);
 }
 
 // ---- events and mutex

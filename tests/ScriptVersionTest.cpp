@@ -1,6 +1,7 @@
-// The script version list and its stream; hostile streams are in CollectionStreamTest.cpp, too.
-#include "tests/support/Attributes.h"
+// The script version list; its streams are in docs/streams.md and tests/streams.md.
+#include "tests/support/GoldenStreams.h"
 #include "tests/support/Hex.h"
+#include "tests/support/Reports.h"
 
 #include "scriptversion/CKivDSScriptVersion.h"
 
@@ -10,11 +11,6 @@
 
 namespace kivds::test {
 namespace {
-
-constexpr const wchar_t* kInvalidStream = L"Invalid deserialization stream";
-
-// Version -1; one entry: 3 to 9, CT; total, 26.
-constexpr const char* kCtStream = "FFFFFFFF 01000000 03000000 09000000 02000000 4354 1A000000";
 
 class ScriptVersionTest : public ReportTest
 {
@@ -39,13 +35,6 @@ protected:
         for (const auto& [modality, version] : versions)
             EXPECT_TRUE(list.AddVersion(modality, version));
         return list;
-    }
-
-    /// Bounded, from a block of exact size.
-    static int Read(CKivDSScriptVersion& list, std::string_view bytes)
-    {
-        const Exact exact(bytes);
-        return list.Deserialize(exact.Data(), exact.Size());
     }
 };
 
@@ -111,54 +100,23 @@ TEST_F(ScriptVersionTest, WhatCannotBeWrittenIsReported)
     Claim(L"CKivDSScriptVersion::Serialize", L"Inconsistent serialization format: serialization aborted ");
 }
 
-TEST_F(ScriptVersionTest, CurrentAndOldStreamsAreRead)
+TEST_F(ScriptVersionTest, ReadingReplacesTheListAndRefusingEmptiesIt)
 {
-    const std::string longest(64, '5'); // as hexadecimal digits, 32 times U
-    const std::tuple<std::string, int, std::string> cases[] = {
-        // the stream; the result of the unbounded form, what a stream states (bounded: the bytes read)
-        {kCtStream, 26, "CT 3-9"},
-        {"FEFFFFFF 00000000 07000000", 7, ""}, // another version, a total that is wrong
-        {"FFFFFFFF FFFFFFFF FBFFFFFF", -5, ""},
-        {"00000000", 4, ""},
-        {"02000000 03000000 09000000 02000000 4354 05000000 04000000 02000000 4354", 32, "CT 5-4"},
-        {"01000000 03000000 09000000 04000000 43005441", 20, "C 3-9"},
-        {"01000000 03000000 09000000 00000000", 16, " 3-9"},
-        {"01000000 01000000 01000000 40000000" + longest + longest, 80, std::string(63, 'U') + " 1-1"},
-    };
-    for (const auto& [hex, stated, expected] : cases) {
-        SCOPED_TRACE(hex);
-        const std::string bytes = Bytes(hex);
-        for (const bool bounded : {true, false}) {
-            CKivDSScriptVersion list = List({{"XA", 1}});
-            EXPECT_EQ(bounded ? Read(list, bytes) : list.Deserialize(bytes.data()),
-                      bounded ? static_cast<int>(bytes.size()) : stated);
-            EXPECT_EQ(Show(list), expected);
-        }
+    const std::string stream = AllGoldenStreams().Named("script-versions-2").m_Bytes; // whose total is wrong
+    const int length = static_cast<int>(stream.size());
+    CKivDSScriptVersion list = List({{"XA", 1}});
+    EXPECT_EQ(list.Deserialize(nullptr) + list.Deserialize(nullptr, 9), 0);
+    EXPECT_EQ(Show(list), "XA 1-1");
+    EXPECT_EQ(list.Deserialize(stream.data()), 7) << "what the stream states";
+    EXPECT_EQ(Show(list), "");
+    EXPECT_EQ(list.Deserialize(stream.data(), length), length) << "what was read";
+    for (const int tooShort : {length - 1, 0, -1, INT_MIN}) {
+        list = List({{"XA", 1}});
+        EXPECT_EQ(list.Deserialize(stream.data(), tooShort), 0);
+        EXPECT_EQ(Show(list), "");
     }
-}
-
-TEST_F(ScriptVersionTest, MalformedStreamsLeaveAnEmptyList)
-{
-    const auto expectRefused = [this](std::string_view bytes, bool bounded) {
-        CKivDSScriptVersion list = List({{"XA", 1}});
-        EXPECT_EQ(bounded ? Read(list, bytes) : list.Deserialize(bytes.data()), 0);
-        Claim(L"CKivDSScriptVersion::Deserialize", kInvalidStream);
-        EXPECT_EQ(list.GetNumberOfModalities(), 0);
-    };
-    for (const char* const length : {"41000000", "FFFFFFFF", "00000080", "FFFFFF7F"}) {
-        for (const bool bounded : {true, false})
-            expectRefused(Bytes("01000000 01000000 01000000") + Bytes(length) + std::string(80, 'U'),
-                          bounded);
-    }
-    const std::string stream = Bytes(kCtStream);
-    for (std::size_t length = 0; length < stream.size(); ++length)
-        expectRefused(stream.substr(0, length), true);
-    CKivDSScriptVersion kept = List({{"XA", 1}});
-    EXPECT_EQ(kept.Deserialize(nullptr) + kept.Deserialize(nullptr, 9), 0);
-    EXPECT_EQ(Show(kept), "XA 1-1");
-    EXPECT_EQ(kept.Deserialize(stream.data(), -1) + kept.Deserialize(stream.data(), INT_MIN), 0);
-    for (int i = 0; i < 4; ++i)
-        Claim(L"CKivDSScriptVersion::Deserialize", kInvalidStream);
+    for (int i = 0; i < 6; ++i)
+        Claim(L"CKivDSScriptVersion::Deserialize", L"Invalid deserialization stream");
 }
 
 } // namespace

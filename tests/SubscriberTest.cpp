@@ -75,7 +75,6 @@ TEST_F(SubscriberTest, AFailureEndsTheSubscriptionOrTheWalkAndTheLockIsFreeAgain
     const auto trouble = [](CKivDSBase*, int, long, long) {
         throw std::runtime_error("a subscriber's own trouble");
     };
-    EXPECT_TRUE(Failing(0, [this] { EXPECT_FALSE(m_Subject.Subscribe(&m_B)); }));
     m_Subject.Subscribe(&m_A);
     EXPECT_EQ(Notified(), "a");
     m_Subject.Subscribe(&m_B);
@@ -84,37 +83,10 @@ TEST_F(SubscriberTest, AFailureEndsTheSubscriptionOrTheWalkAndTheLockIsFreeAgain
     EXPECT_EQ(Notified(), "a");
     m_Subject.NotifySubscribers2(nullptr, 1, 0, 0);
     ClaimEach(
-        {{L"CKivDSSubscriber::Subscribe", L"Unexpected error while subscribing ", 0},
-         {L"CKivDSSubscriber::NotifySubscribers", L"Unexpected error while notifying the subscribers ", 0},
+        {{L"CKivDSSubscriber::NotifySubscribers", L"Unexpected error while notifying the subscribers ", 0},
          {L"CKivDSSubscriber::NotifySubscribers2", L"Unexpected error while notifying the subscribers ", 0}});
     EXPECT_TRUE(m_Subject.Unsubscribe(&m_B));
     EXPECT_EQ(Notified(), "ac");
-}
-
-TEST_F(SubscriberTest, ThreadsNotifyTogetherWhileOthersSubscribe)
-{
-    constexpr int rounds = 400;
-    std::atomic<int> received{0};
-    m_A.m_OnNotify = [&](CKivDSBase*, int, long, long) { ++received; };
-    m_B.m_OnNotify = [](CKivDSBase*, int, long, long) {};
-    m_Subject.Subscribe(&m_A);
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 2; ++i) {
-        threads.emplace_back([&] {
-            for (int round = 0; round < rounds; ++round)
-                m_Subject.NotifySubscribers(round, 0, 0);
-        });
-        threads.emplace_back([&] {
-            for (int round = 0; round < rounds; ++round) {
-                m_Subject.Subscribe(&m_B);
-                m_Subject.Unsubscribe(&m_B);
-            }
-        });
-    }
-    for (std::thread& thread : threads)
-        thread.join();
-    EXPECT_EQ(received, 2 * rounds);
-    EXPECT_FALSE(m_Subject.Unsubscribe(&m_B));
 }
 
 TEST_F(SubscriberTest, ThreadsThatStillNotifyAreWaitedForByTheDestructor)

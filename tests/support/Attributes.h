@@ -38,15 +38,6 @@ protected:
     }
 };
 
-/// Does `work` while its n-th allocation, from 0, fails; whether it came that far.
-template <class Work>
-bool Failing(long number, Work work)
-{
-    const Allocations watched(number, Allocations::Later::Succeed);
-    work();
-    return watched.Failed();
-}
-
 /// An attribute whose protected operations and members are reachable.
 struct OpenAttribute : CKivDSDicomAttribute
 {

@@ -9,6 +9,14 @@
 
 namespace kivds::test {
 
+int CodeOf(std::string_view representation)
+{
+    constexpr std::string_view names =
+        "AE AS AT CS DA ?? DS FD FL IS LO LT UT ?? SH SL SQ SS ST TM UI UL US UN ?? ?? PN OB OW ?? DT";
+    const std::size_t at = names.find(representation);
+    return at == names.npos ? std::stoi(std::string(representation)) : static_cast<int>(at / 3);
+}
+
 AttributePtr Attribute(unsigned long tag, int representation, std::string_view bytes, bool mustReplicate,
                        int inSequenceIndex, int expectedCount)
 {
@@ -40,6 +48,25 @@ tagSKivDSCodeSequenceAttributeInfo Code(std::string_view value, std::string_view
     scheme.copy(info.szCodingSchemeDesignator, sizeof info.szCodingSchemeDesignator - 1);
     meaning.copy(info.szCodeMeaning, sizeof info.szCodeMeaning - 1);
     return info;
+}
+
+AttributePtr OfKind(int kind)
+{
+    int frames[] = {5, 3, 9};
+    const auto info = Code("1", "DCM", "A meaning that is longer");
+    AttributePtr made = kind == 0   ? Attribute(kKindTag, OB, std::string(100, 'y'), false, 3)
+                        : kind == 1 ? Attribute(kKindTag, CS, "B\\another text that is longer\\C", true, -1)
+                        : kind <= 3 ? Attribute(kKindTag, CS, "A\\B\\a text that is longer")
+                        : kind == 4 ? Numbers(kKindTag, {1, 2, 3})
+                        : kind == 5 ? std::make_unique<CKivDSDicomAttribute>(true, true)
+                        : kind == 6 ? Attribute(kKindTag, SQ, "")
+                                    : std::make_unique<CKivDSCodeSequenceAttribute>(kKindTag, info);
+    if (kind == 8)
+        static_cast<CKivDSCodeSequenceAttribute&>(*made) +=
+            CKivDSCodeSequenceAttribute(kKindTag, Code("2", "DCM", "Left"));
+    if (kind == 3 || kind == 4)
+        made->SetMultiFrameInfo(3, frames);
+    return made;
 }
 
 void Add(CKivDSDicomAttributeCollection& collection, AttributePtr attribute, bool merge)

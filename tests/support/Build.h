@@ -17,6 +17,8 @@ using CollectionPtr = std::unique_ptr<CKivDSDicomAttributeCollection>;
 constexpr int AE = 0, AS = 1, AT = 2, CS = 3, DA = 4, DS = 6, FD = 7, FL = 8, IS = 9, LO = 10, LT = 11,
               SH = 14, SL = 15, SQ = 16, SS = 17, TM = 19, UI = 20, UL = 21, US = 22, UN = 23, PN = 26,
               OB = 27, OW = 28, DT = 30;
+/// The representation code of "AE" to "DT", or of a number.
+int CodeOf(std::string_view representation);
 
 /// An attribute initialised from an element's bytes, as files hold them.
 AttributePtr Attribute(unsigned long tag, int representation, std::string_view bytes,
@@ -32,6 +34,12 @@ AttributePtr PerFrame(unsigned long tag, std::initializer_list<unsigned short> e
 /// A code record with these three texts.
 tagSKivDSCodeSequenceAttributeInfo Code(std::string_view value, std::string_view scheme,
                                         std::string_view meaning);
+
+/// An attribute for each kind of storage, all under one tag: some inside the object or not, of several
+/// values, with frames, code sequences (the last two).
+constexpr int kKinds = 9;
+constexpr unsigned long kKindTag = 0x00091001;
+AttributePtr OfKind(int kind);
 
 /// Adds an attribute that the collection is to own; fails the test when it is refused.
 void Add(CKivDSDicomAttributeCollection& collection, AttributePtr attribute, bool merge = true);

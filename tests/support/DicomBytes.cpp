@@ -1,10 +1,9 @@
 #include "tests/support/DicomBytes.h"
 
-#include <gtest/gtest.h>
-
 #include <fstream>
 #include <iterator>
 #include <random>
+#include <stdexcept>
 
 namespace kivds::test {
 
@@ -32,22 +31,9 @@ std::string Element(unsigned long tag, std::string_view vr, std::string_view val
     return bytes.append(Word(static_cast<unsigned>(value.size()))).append(value);
 }
 
-std::string Sequence(unsigned long tag, std::string_view items)
-{
-    return Element(tag, "SQ", items);
-}
-
 std::string Item(std::string_view elements)
 {
     return (Word(0xFFFE) + Word(0xE000) + Long(elements.size())).append(elements);
-}
-
-std::string CodeItem(std::string_view value, std::string_view scheme, std::string_view meaning,
-                     std::string_view more)
-{
-    return Item((Element(0x00080100, "SH", value) + Element(0x00080102, "SH", scheme) +
-                 Element(0x00080104, "LO", meaning))
-                    .append(more));
 }
 
 std::string DicomBytes(std::string_view dataSet, std::string_view syntax)
@@ -86,7 +72,8 @@ fs::path TestFolder::Write(const fs::path& name, std::string_view bytes) const
     fs::create_directories(path.parent_path());
     std::ofstream file(path, std::ios::binary);
     file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    EXPECT_TRUE(file.flush()) << path;
+    if (!file.flush())
+        throw std::runtime_error("cannot be written: " + path.string());
     return path;
 }
 

@@ -10,18 +10,13 @@ namespace kivds::test {
 
 /// An element in Explicit VR Little Endian with this value field as it stands.
 std::string Element(unsigned long tag, std::string_view vr, std::string_view value);
-/// A sequence of these items, and an item of these elements, both with their lengths.
-std::string Sequence(unsigned long tag, std::string_view items);
+/// An item of these elements with its length, for the value of a sequence.
 std::string Item(std::string_view elements);
-/// The three elements of a coded entry, and more behind them.
-std::string CodeItem(std::string_view value, std::string_view scheme, std::string_view meaning,
-                     std::string_view more = {});
 /// Little-endian numbers.
 std::string Word(unsigned number);
 std::string Long(unsigned long number);
 
 constexpr const char* kExplicit = "1.2.840.10008.1.2.1";
-constexpr const char* kImplicit = "1.2.840.10008.1.2";
 
 /// A file of preamble, file meta information and this data set.
 std::string DicomBytes(std::string_view dataSet, std::string_view syntax = kExplicit);

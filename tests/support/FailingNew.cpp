@@ -4,6 +4,9 @@
 #include <cstdlib>
 #include <limits>
 #include <new>
+#if defined(KIVDS_COUNT_BY_HOOKS)
+#include <sanitizer/allocator_interface.h>
+#endif
 
 namespace {
 
@@ -19,23 +22,41 @@ struct State
 };
 
 thread_local State t_State;
+thread_local long t_nLive = 0;
+
+/// Counts an allocation; whether it is to fail.
+bool Fails(std::size_t size) noexcept
+{
+    State& state = t_State;
+    if (!state.m_bWatching)
+        return false;
+    const long number = state.m_nCount++;
+    constexpr auto most = static_cast<std::size_t>(std::numeric_limits<long long>::max() / 4);
+    const auto bytes = static_cast<long long>(std::min(size, most));
+    state.m_nBytes += bytes;
+    state.m_nLargest = std::max(state.m_nLargest, bytes);
+    const bool later = state.m_bLaterFail && number > state.m_nFailing;
+    const bool fails = state.m_nFailing >= 0 && (number == state.m_nFailing || later);
+    state.m_bFailed = state.m_bFailed || fails;
+    return fails;
+}
+
+} // namespace
+
+#if defined(KIVDS_COUNT_BY_HOOKS)
+
+[[maybe_unused]] static const int s_nInstalled = __sanitizer_install_malloc_and_free_hooks(
+    [](const volatile void*, std::size_t size) { Fails(size); }, [](const volatile void*) {});
+
+#else
+
+namespace {
 
 void* Allocate(std::size_t size) noexcept
 {
-    State& state = t_State;
-    if (state.m_bWatching) {
-        const long number = state.m_nCount++;
-        constexpr auto most = static_cast<std::size_t>(std::numeric_limits<long long>::max() / 4);
-        const auto bytes = static_cast<long long>(std::min(size, most));
-        state.m_nBytes += bytes;
-        state.m_nLargest = std::max(state.m_nLargest, bytes);
-        if (state.m_nFailing >= 0 &&
-            (state.m_bLaterFail ? number >= state.m_nFailing : number == state.m_nFailing)) {
-            state.m_bFailed = true;
-            return nullptr;
-        }
-    }
-    return std::malloc(size > 0 ? size : 1);
+    void* const memory = Fails(size) ? nullptr : std::malloc(size > 0 ? size : 1);
+    t_nLive += memory != nullptr;
+    return memory;
 }
 
 void* AllocateOrThrow(std::size_t size)
@@ -45,48 +66,28 @@ void* AllocateOrThrow(std::size_t size)
     throw std::bad_alloc();
 }
 
+void Free(void* memory) noexcept
+{
+    t_nLive -= memory != nullptr;
+    std::free(memory);
+}
+
 } // namespace
 
-void* operator new(std::size_t size)
-{
-    return AllocateOrThrow(size);
-}
-void* operator new[](std::size_t size)
-{
-    return AllocateOrThrow(size);
-}
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept
-{
-    return Allocate(size);
-}
-void* operator new[](std::size_t size, const std::nothrow_t&) noexcept
-{
-    return Allocate(size);
-}
-void operator delete(void* memory) noexcept
-{
-    std::free(memory);
-}
-void operator delete[](void* memory) noexcept
-{
-    std::free(memory);
-}
-void operator delete(void* memory, std::size_t) noexcept
-{
-    std::free(memory);
-}
-void operator delete[](void* memory, std::size_t) noexcept
-{
-    std::free(memory);
-}
-void operator delete(void* memory, const std::nothrow_t&) noexcept
-{
-    std::free(memory);
-}
-void operator delete[](void* memory, const std::nothrow_t&) noexcept
-{
-    std::free(memory);
-}
+// clang-format off
+void* operator new(std::size_t size) { return AllocateOrThrow(size); }
+void* operator new[](std::size_t size) { return AllocateOrThrow(size); }
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return Allocate(size); }
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { return Allocate(size); }
+void operator delete(void* memory) noexcept { Free(memory); }
+void operator delete[](void* memory) noexcept { Free(memory); }
+void operator delete(void* memory, std::size_t) noexcept { Free(memory); }
+void operator delete[](void* memory, std::size_t) noexcept { Free(memory); }
+void operator delete(void* memory, const std::nothrow_t&) noexcept { Free(memory); }
+void operator delete[](void* memory, const std::nothrow_t&) noexcept { Free(memory); }
+// clang-format on
+
+#endif
 
 namespace kivds::test {
 
@@ -105,24 +106,12 @@ Allocations::~Allocations()
     t_State.m_bWatching = false;
 }
 
-long Allocations::Count() const
-{
-    return t_State.m_nCount;
-}
-
-long long Allocations::Bytes() const
-{
-    return t_State.m_nBytes;
-}
-
-long long Allocations::Largest() const
-{
-    return t_State.m_nLargest;
-}
-
-bool Allocations::Failed() const
-{
-    return t_State.m_bFailed;
-}
+// clang-format off
+long Allocations::Count() const { return t_State.m_nCount; }
+long long Allocations::Bytes() const { return t_State.m_nBytes; }
+long long Allocations::Largest() const { return t_State.m_nLargest; }
+bool Allocations::Failed() const { return t_State.m_bFailed; }
+long Allocations::Live() { return t_nLive; }
+// clang-format on
 
 } // namespace kivds::test

@@ -1,4 +1,6 @@
-// Allocations that fail on purpose, and a count of them. Linking this in replaces the program's operator new.
+// The program's operator new and delete: allocations are counted, and fail on purpose. Linking this in
+// replaces them. Built with KIVDS_COUNT_BY_HOOKS the sanitizer's own stay in place (they tell new from
+// new[]), and what is allocated is only counted, through its hooks.
 #pragma once
 
 namespace kivds::test {
@@ -27,6 +29,10 @@ public:
     long long Largest() const;
     /// Whether the failing allocation was reached.
     bool Failed() const;
+
+    /// The blocks that this thread has allocated and not released; what it does for itself between two calls
+    /// leaves their difference 0.
+    static long Live();
 };
 
 } // namespace kivds::test

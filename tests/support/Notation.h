@@ -1,24 +1,13 @@
-// Collections as short texts, so that the tests of operators, frames and streams can be tables.
-//
-//   "X1 Y2,3"         a plain collection: under the tag of letter X one value of one element, 1; under Y one
-//                     value of two elements
-//   "X1+2"            two values
-//   "X1pr"            private, must be replicated
-//   "X1|M1,2"         the multi-frame part behind a bar (in "X1|" it is there and empty); its attributes are
-//                     multi-frame, frames 1 to the number of elements
-//   "|M2s", "M1m"     a single-frame attribute in the multi-frame part, a multi-frame one in the other
-//   "N3", "#2prs"     Number of Frames (0028,0008) as IS; the frame index attribute (3711,0090)
-//   "X?"              an entry without an attribute (shown only)
-//   "{X1;Y1}"         a compound collection of two members
-//   "<X1;Y1;Y2>"      an enhanced multi-frame collection: the regular one, then one for each frame
-//   "Z1<X1;Y1>"       the same beside a single-frame part
-//   "-"               no part at all; as the regular collection of an enhanced one: none
+// Collections as short texts, so that the tests of operators, frames and streams can be tables, and the
+// tables of docs/collections.md, which explains the notation. Beyond it, in what is shown, "X?" is an entry
+// without an attribute.
 #pragma once
 
 #include "collection/internal/PartSharing.h"
 #include "tests/support/Build.h"
 
 #include <tuple>
+#include <type_traits>
 
 namespace kivds::test {
 
@@ -33,6 +22,35 @@ template <class... Column>
 using Rows = std::initializer_list<std::tuple<Column...>>;
 using Txt = const char*;
 using Wide = const wchar_t*;
+
+/// The rows of a block "```examples NAME" in docs/attributes.md or docs/collections.md, for good:
+/// columns between two blanks or more, texts between quotes where they are empty or hold such, null.
+const std::vector<std::vector<std::string>>& ExampleCells(const std::string& name);
+template <class T>
+T CellAs(const std::string& cell)
+{
+    if constexpr (std::is_same_v<T, bool>)
+        return cell == "true";
+    else if constexpr (std::is_same_v<T, char>)
+        return cell.at(0);
+    else if constexpr (std::is_same_v<T, Txt>)
+        return cell == "null" ? nullptr : cell.c_str();
+    else if constexpr (std::is_same_v<T, std::wstring>)
+        return {cell.begin(), cell.end()};
+    else
+        return static_cast<T>(std::stol(cell));
+}
+template <class... Column>
+std::vector<std::tuple<Column...>> Examples(const std::string& name)
+{
+    std::vector<std::tuple<Column...>> rows;
+    for (const std::vector<std::string>& cells : ExampleCells(name)) {
+        std::size_t column = 0;
+        const auto next = [&]() -> const std::string& { return cells.at(column++); };
+        rows.push_back(std::tuple<Column...>{CellAs<Column>(next())...}); // from left to right, in braces
+    }
+    return rows;
+}
 
 /// The tag of a letter.
 unsigned long Tag(char letter);

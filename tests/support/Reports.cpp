@@ -1,5 +1,7 @@
 #include "tests/support/Reports.h"
 
+#include "tests/support/DocumentedReports.h"
+
 #include <ostream>
 
 namespace kivds::test {
@@ -15,8 +17,11 @@ std::ostream& operator<<(std::ostream& out, const Report& report)
 void ReportTest::Listen(void* context, const wchar_t* function, const wchar_t* message, int code)
 {
     auto& test = *static_cast<ReportTest*>(context);
+    const bool documented = Lookup(function, message, code) != Documented::No;
     const std::lock_guard<std::mutex> lock(test.m_Mutex);
     test.m_Reports.push_back({function, message, code});
+    if (!documented)
+        ADD_FAILURE() << "not documented: " << test.m_Reports.back();
 }
 
 void ReportTest::TearDown()
