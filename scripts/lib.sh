@@ -7,7 +7,7 @@ test_packages=("${build_packages[@]}" libgtest-dev libbenchmark-dev)
 
 export CTEST_PARALLEL_LEVEL=${CTEST_PARALLEL_LEVEL:-$(nproc)}
 if command -v ccache >/dev/null; then
-    export CMAKE_CXX_COMPILER_LAUNCHER=ccache
+    export CMAKE_CXX_COMPILER_LAUNCHER=ccache CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=1 # what one clone built serves others
 fi
 
 say() {
