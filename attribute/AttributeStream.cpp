@@ -31,7 +31,8 @@ constexpr int kFixedLength = 19; // of an attribute stream without values and fr
 constexpr int kValueOverhead = 12;
 constexpr const wchar_t* kInvalidValue = L"Invalid input parameter";
 
-/// What a value stream begins with; no element size when that is no value: an unknown type, a negative count.
+/// What a value stream begins with. The reader fails when that is no value's: an unknown type, a negative
+/// count.
 struct ValueHeader
 {
     tagEKivAGAttributeType type;

@@ -17,7 +17,6 @@ public:
     explicit ByteWriter(char* destination) noexcept : m_Destination(destination) {}
 
     std::int64_t Written() const noexcept { return m_Written; }
-    bool Counting() const noexcept { return !m_Destination; }
     /// Where the next byte goes; null while counting.
     char* Position() const noexcept { return m_Destination ? m_Destination + m_Written : nullptr; }
     /// Passes over bytes that somebody else wrote at Position().
