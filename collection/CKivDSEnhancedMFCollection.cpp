@@ -70,10 +70,13 @@ std::vector<CKivDSDicomAttributeCollection*>& CKivDSEnhancedMFCollection::GetCol
     return m_MFCollections;
 }
 
-// Appends a frame made from a collection; a failure is reported in the words given.
+// Appends a frame made from a collection that does not hold this one; a want of memory is reported in the
+// words given.
 bool CKivDSEnhancedMFCollection::AppendFrame(const Facade& frame, bool deep, const Operation& op,
                                              const wchar_t* noMemory)
 {
+    if (PartAccess::Reaches(frame, *this))
+        return op.Fail(L"Operation not supported on enhanced MF collections ");
     return op.Guard(noMemory, [&] {
         auto copy = std::make_unique<Facade>(frame, deep);
         m_MFCollections.push_back(copy.get());
@@ -99,8 +102,6 @@ bool CKivDSEnhancedMFCollection::AddMFCollection(CKivDSDicomAttributeCollection*
     const Operation op(L"CKivDSEnhancedMFCollection::AddMFCollection");
     if (!collection)
         return op.Fail(L"Null collection pointer as input parameter");
-    if (PartAccess::Reaches(*collection, *this))
-        return op.Fail(L"Operation not supported on enhanced MF collections ");
     return AppendFrame(*collection, deep, op, kivds::kUnexpectedError);
 }
 

@@ -254,12 +254,20 @@ Facade& Facade::Combine(const Facade& b, const SSetOperator& how)
     Regular().CombineParts(enhancedStep ? b : b.Regular(), how.apply);
     if (!enhancedStep || m_pEnhancedMFCollection == b.m_pEnhancedMFCollection)
         return *this;
-    if (!m_pEnhancedMFCollection)
-        m_pEnhancedMFCollection = PartAccess::Share(new (std::nothrow) CKivDSEnhancedMFCollection);
-    if (m_pEnhancedMFCollection)
+    if (m_pEnhancedMFCollection) {
         (m_pEnhancedMFCollection->*how.applyEnhanced)(*b.m_pEnhancedMFCollection);
-    else
+        return *this;
+    }
+    std::unique_ptr<CKivDSEnhancedMFCollection> enhanced(new (std::nothrow) CKivDSEnhancedMFCollection);
+    if (!enhanced) {
         op.Report(kivds::kUnexpectedError);
+        return *this;
+    }
+    ((*enhanced).*how.applyEnhanced)(*b.m_pEnhancedMFCollection);
+    if (PartAccess::FramesReach(*enhanced, *this)) // this is a frame of what b holds
+        op.Report(L"Operation not supported on enhanced MF collections ");
+    else
+        m_pEnhancedMFCollection = PartAccess::Share(enhanced.release());
     return *this;
 }
 

@@ -98,7 +98,7 @@ public:
     {
         constexpr void (Program::*steps[])() = {
             &Program::Add,      &Program::Add,      &Program::Combine, &Program::Combine,
-            &Program::Copy,     &Program::Assign,   &Program::Split,   &Program::Frame,
+            &Program::Copy,     &Program::Add,      &Program::Split,   &Program::Frame,
             &Program::Compound, &Program::Enhanced, &Program::Merge,   &Program::Remove,
             &Program::Read,     &Program::Scope,    &Program::Change,  &Program::Flatten};
         constexpr int longest = 16;
@@ -129,7 +129,6 @@ private:
         FacadePtr& collection = Any();
         const bool merge = m_Input.Flag();
         AttributePtr attribute = BuildAttribute(m_Input);
-        CheckAttribute(*attribute, m_Reports);
         const unsigned long tag = TagOf(*attribute);
         const bool multi = attribute->IsMultiFrame();
         if (collection->AddAttribute(attribute.get(), merge)) {
@@ -182,6 +181,11 @@ private:
     {
         FacadePtr& to = Any();
         Facade& from = *Any();
+        if (m_Input.Flag()) {
+            *to = from;
+            Check(to);
+            return;
+        }
         const bool deep = m_Input.Flag();
         FacadePtr copy(Facade::CreateCollection(&from, deep));
         Require(from.IsCompoundCollection() || !from.IsGood() || !Whole(from) || *copy == from,
@@ -209,14 +213,6 @@ private:
         if (whole)
             Walk({facade, true, true}, look);
         return whole;
-    }
-
-    void Assign()
-    {
-        FacadePtr& to = Any();
-        const Facade& from = *Any();
-        *to = from;
-        Check(to);
     }
 
     void Split()

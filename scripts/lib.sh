@@ -3,7 +3,7 @@ set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
 build_packages=(g++ cmake ninja-build pkg-config libdcmtk-dev dcmtk libcli11-dev libfmt-dev nlohmann-json3-dev)
-test_packages=("${build_packages[@]}" libgtest-dev libbenchmark-dev)
+test_packages=("${build_packages[@]}" libgtest-dev libbenchmark-dev file dpkg-dev)
 
 export CTEST_PARALLEL_LEVEL=${CTEST_PARALLEL_LEVEL:-$(nproc)}
 if command -v ccache >/dev/null; then

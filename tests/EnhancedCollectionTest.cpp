@@ -69,6 +69,20 @@ TEST_F(EnhancedCollectionTest, NoneIsPutIntoItself)
     EXPECT_FALSE(Enhanced(*member)->AddMFCollection(facade.get(), false));
     Claim(L"CKivDSEnhancedMFCollection::AddMFCollection", kEnhancedRefused);
     EXPECT_TRUE(Enhanced(*member)->AddMFCollection(Make("{X1}").get(), false));
+
+    for (const auto& [form, holders, refusing] : Rows<Txt, int, Wide>{
+             {"<X1>", 2, L"CKivDSEnhancedMFCollection::operator |="},           // would get the frames
+             {"<X1;Z1>", 3, L"CKivDSDicomAttributeCollection::operator |="}}) { // whose frame would get them
+        const CollectionPtr held = Make(form);
+        CollectionPtr outermost(Facade::CreateCollection(held.get(), false));
+        for (int i = 0; i < holders; ++i) {
+            CollectionPtr holder = Make("<Y1>");
+            EXPECT_TRUE(Enhanced(*holder)->AddMFCollection(outermost.get(), false));
+            outermost = std::move(holder);
+        }
+        *held |= *outermost;
+        Claim(refusing, kEnhancedRefused);
+    }
 }
 
 TEST_F(EnhancedCollectionTest, TheRegularCollectionIsHandedOut)

@@ -72,16 +72,17 @@ struct PartAccess
     static bool Reaches(const CKivDSDicomAttributeCollection& facade,
                         const CKivDSDicomAttributeCollection& target)
     {
-        const auto anyReaches = [&](const auto* held, const auto& inside) {
-            return held &&
-                   (held == &target || std::any_of(inside.begin(), inside.end(),
-                                                   [&](const auto* next) { return Reaches(*next, target); }));
-        };
-        static const std::vector<CKivDSDicomAttributeCollection*> none;
         const CKivDSCompoundCollection* const compound = facade.m_pCompoundCollection;
         const CKivDSEnhancedMFCollection* const enhanced = facade.m_pEnhancedMFCollection;
-        return &facade == &target || anyReaches(compound, compound ? compound->m_Collections : none) ||
-               anyReaches(enhanced, enhanced ? enhanced->m_MFCollections : none);
+        return &facade == &target || (compound && AnyReaches(compound->m_Collections, *compound, target)) ||
+               (enhanced && FramesReach(*enhanced, target));
+    }
+
+    /// The same of an enhanced multi-frame collection.
+    static bool FramesReach(const CKivDSEnhancedMFCollection& enhanced,
+                            const CKivDSDicomAttributeCollection& target)
+    {
+        return AnyReaches(enhanced.m_MFCollections, enhanced, target);
     }
 
     static CKivDSCompoundCollection* Compound(const CKivDSDicomAttributeCollection& facade) noexcept
@@ -132,6 +133,15 @@ struct PartAccess
     static bool Read(CKivDSEnhancedMFCollection& enhanced, ByteReader& reader, int& size, bool versioned)
     {
         return enhanced.ReadEnhanced(reader, size, versioned);
+    }
+
+private:
+    static bool AnyReaches(const std::vector<CKivDSDicomAttributeCollection*>& held,
+                           const CKivDSDicomAttributeCollection& holder,
+                           const CKivDSDicomAttributeCollection& target)
+    {
+        return &holder == &target || std::any_of(held.begin(), held.end(),
+                                                 [&](const auto* next) { return Reaches(*next, target); });
     }
 };
 
