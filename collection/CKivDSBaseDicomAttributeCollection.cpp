@@ -4,11 +4,13 @@
 #include "collection/CKivDSBaseDicomAttributeCollection.h"
 
 #include "collection/internal/AttributeCopy.h"
+#include "collection/internal/AttributeMap.h"
 #include "collection/internal/FrameCount.h"
 #include "foundation/internal/Operation.h"
 
 #include <algorithm>
 
+using kivds::Fetching;
 using kivds::Operation;
 
 namespace {
@@ -51,7 +53,7 @@ void CKivDSBaseDicomAttributeCollection::CopyFrom(const CKivDSBaseDicomAttribute
                                                   const Operation& op)
 {
     m_bMultiFrame = src.m_bMultiFrame;
-    for (const auto& [tag, attribute] : src.m_Attributes) {
+    for (const auto& [tag, attribute] : Fetching(src.m_Attributes)) {
         CKivDSDicomAttribute*& entry = m_Attributes.emplace_hint(m_Attributes.end(), tag, nullptr)->second;
         if (attribute)
             entry = kivds::CopyOf(*attribute, op).release();
@@ -63,7 +65,7 @@ bool CKivDSBaseDicomAttributeCollection::Clean()
 {
     delete m_pScope;
     m_pScope = nullptr;
-    for (const auto& [tag, attribute] : m_Attributes)
+    for (const auto& [tag, attribute] : Fetching(m_Attributes))
         delete attribute;
     m_Attributes.clear();
     return true;

@@ -107,6 +107,7 @@ public:
     static const int ms_nAttrVersion;
 
 private:
+    friend class CKivDSDicomAttributeCollection;
     friend struct kivds::PartAccess;
     friend KIVDS_API CKivDSBaseDicomAttributeCollection*
     operator/(const CKivDSBaseDicomAttributeCollection& a, const CKivDSBaseDicomAttributeCollection& b);
@@ -134,6 +135,9 @@ private:
         int records = 0;
     };
     SMeasure Measure() const;
+    bool WriteMeasured(char* buffer, int& size, const SMeasure& measure) const;
+    bool MeasureAsPart(SMeasure& measure) const;
+    bool WriteAsPart(kivds::ByteWriter& writer, const SMeasure& measure) const;
     bool WriteRecords(kivds::ByteWriter& writer) const;
     bool ReadPart(kivds::ByteReader& reader, int& size, bool versioned);
 

@@ -252,7 +252,7 @@ private:
     void AssignParts(const CKivDSDicomAttributeCollection& b);
     template <class Use>
     static void ForEachMember(const CKivDSDicomAttributeCollection& b, const kivds::Operation& op, Use use);
-    const CKivDSBaseDicomAttributeCollection* PartWithoutLength(std::int64_t& sum) const;
+    bool WriteParts(kivds::ByteWriter& writer, int& total);
     bool ReadFacade(kivds::ByteReader& reader, int& size, bool versioned);
 };
 

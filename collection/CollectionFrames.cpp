@@ -1,12 +1,14 @@
 // The collection of one frame, the scope narrowed to it, splitting a collection into its parts, and merging
 // collections.
 #include "attribute/internal/Representation.h"
+#include "collection/internal/AttributeMap.h"
 #include "collection/internal/PartSharing.h"
 #include "foundation/internal/Operation.h"
 #include "platform/CKivIPPScopeElementC.h"
 
 #include <memory>
 
+using kivds::Fetching;
 using kivds::Operation;
 using kivds::PartAccess;
 using Facade = CKivDSDicomAttributeCollection;
@@ -37,7 +39,7 @@ std::unique_ptr<CKivDSDicomAttribute> NewFrameIndex(int frame)
 Part::CKivDSBaseDicomAttributeCollection(const Part& src, int frame) : CKivDSDicomAttributeCollection(false)
 {
     const bool copied = kPartConstructor.Guard(kivds::kUnexpectedError, [&] {
-        for (const auto& [tag, attribute] : src.m_Attributes) {
+        for (const auto& [tag, attribute] : Fetching(src.m_Attributes)) {
             CKivDSDicomAttribute* copy = nullptr;
             if (!attribute)
                 continue;

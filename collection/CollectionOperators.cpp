@@ -9,6 +9,7 @@
 #include <memory>
 #include <utility>
 
+using kivds::Fetching;
 using kivds::Operation;
 using kivds::PartAccess;
 using kivds::WalkTogether;
@@ -70,7 +71,7 @@ Part& Part::Overwrite(const Part& b, const Operation& op, Condition condition)
         return *this;
     m_bMultiFrame = m_bMultiFrame || b.m_bMultiFrame;
     op.Guard(kivds::kUnexpectedError, [&] {
-        for (const auto& [tag, attribute] : b.m_Attributes) {
+        for (const auto& [tag, attribute] : Fetching(b.m_Attributes)) {
             if (attribute && condition(*attribute))
                 StoreCopy(PlaceFor(tag), tag, *attribute, op);
         }
@@ -126,13 +127,17 @@ bool Part::operator==(const Part& b)
 {
     if (this == &b)
         return true;
-    const auto same = [](const auto& mine, const auto& theirs) {
-        if (mine.first != theirs.first || !mine.second != !theirs.second)
+    if (m_bMultiFrame != b.m_bMultiFrame || m_Attributes.size() != b.m_Attributes.size())
+        return false;
+    auto theirs = Fetching(b.m_Attributes).begin();
+    for (const auto& [tag, attribute] : Fetching(m_Attributes)) {
+        if (tag != theirs->first || !attribute != !theirs->second)
             return false;
-        return !mine.second || *mine.second == *theirs.second;
-    };
-    return m_bMultiFrame == b.m_bMultiFrame && m_Attributes.size() == b.m_Attributes.size() &&
-           std::equal(m_Attributes.begin(), m_Attributes.end(), b.m_Attributes.begin(), same);
+        if (attribute && *attribute != *theirs->second)
+            return false;
+        ++theirs;
+    }
+    return true;
 }
 
 bool Part::operator!=(const Part& b)

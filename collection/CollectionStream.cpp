@@ -12,6 +12,7 @@
 // without the versioned flag a collection is one old part.
 #include "attribute/CKivDSDicomAttributeFactory.h"
 #include "attribute/internal/AttributeTypes.h"
+#include "collection/internal/AttributeMap.h"
 #include "collection/internal/PartSharing.h"
 #include "foundation/internal/Operation.h"
 #include "platform/internal/ByteReader.h"
@@ -19,12 +20,15 @@
 
 #include <algorithm>
 #include <limits>
+#include <typeinfo>
 #include <utility>
 
 using kivds::ByteReader;
 using kivds::ByteWriter;
+using kivds::Fetching;
 using kivds::Operation;
 using kivds::PartAccess;
+using Part = CKivDSBaseDicomAttributeCollection;
 
 const char CKivDSDicomAttributeCollection::ms_nVersion = 7;
 const int CKivDSBaseDicomAttributeCollection::ms_nAttrVersion = 7;
@@ -56,7 +60,7 @@ CKivDSBaseDicomAttributeCollection::SMeasure CKivDSBaseDicomAttributeCollection:
 {
     SMeasure measure;
     std::int64_t total = kPartHeaderSize;
-    for (const auto& [tag, attribute] : m_Attributes) {
+    for (const auto& [tag, attribute] : Fetching(m_Attributes)) {
         if (!attribute)
             continue;
         int length = 0;
@@ -71,7 +75,7 @@ CKivDSBaseDicomAttributeCollection::SMeasure CKivDSBaseDicomAttributeCollection:
 
 bool CKivDSBaseDicomAttributeCollection::WriteRecords(ByteWriter& writer) const
 {
-    for (const auto& [tag, attribute] : m_Attributes) {
+    for (const auto& [tag, attribute] : Fetching(m_Attributes)) {
         if (!attribute)
             continue;
         writer.I32(attribute->GetType());
@@ -90,6 +94,11 @@ bool CKivDSBaseDicomAttributeCollection::Serialize(char* buffer, int& size) cons
         size = measure.length;
         return true;
     }
+    return WriteMeasured(buffer, size, measure);
+}
+
+bool CKivDSBaseDicomAttributeCollection::WriteMeasured(char* buffer, int& size, const SMeasure& measure) const
+{
     size = 0;
     if (measure.length > 0) { // without a length the caller's buffer has no size, and nothing is written
         ByteWriter writer(buffer);
@@ -158,50 +167,74 @@ bool CKivDSBaseDicomAttributeCollection::ReadPart(ByteReader& reader, int& size,
 
 // ---- facade
 
-namespace {
-
-// The length that a part announces, added up; false when it cannot tell.
-template <class Collection>
-bool AddLength(Collection& part, std::int64_t& sum)
+// Measures the part of a facade, as its class does; false when it cannot tell its length.
+bool CKivDSBaseDicomAttributeCollection::MeasureAsPart(SMeasure& measure) const
 {
-    int length = 0;
-    if (!part.Serialize(nullptr, length) || length <= 0)
+    if (typeid(*this) == typeid(CKivDSBaseDicomAttributeCollection))
+        measure = Measure();
+    else if (!Serialize(nullptr, measure.length))
         return false;
-    sum += length;
-    return true;
+    return measure.length > 0;
 }
 
-template <class Collection>
-bool WritePart(Collection& part, ByteWriter& writer)
+// Writes what MeasureAsPart has measured.
+bool CKivDSBaseDicomAttributeCollection::WriteAsPart(ByteWriter& writer, const SMeasure& measure) const
 {
     int length = 0;
-    if (!part.Serialize(writer.Position(), length))
+    const bool plain = typeid(*this) == typeid(CKivDSBaseDicomAttributeCollection);
+    if (!(plain ? WriteMeasured(writer.Position(), length, measure) : Serialize(writer.Position(), length)))
         return false;
     writer.Advance(length);
     return true;
 }
 
-} // namespace
-
 int CKivDSDicomAttributeCollection::GetSize() const
 {
-    std::int64_t length = kHeaderSize + kLengthSize;
-    const bool told = m_pEnhancedMFCollection ? AddLength(*m_pEnhancedMFCollection, length)
-                                              : m_pSingleFrameCollection && !PartWithoutLength(length);
-    return told ? kivds::StreamLength(length) : 0;
+    std::int64_t total = kHeaderSize + kLengthSize;
+    if (m_pEnhancedMFCollection) {
+        int length = 0;
+        if (!m_pEnhancedMFCollection->Serialize(nullptr, length) || length <= 0)
+            return 0;
+        return kivds::StreamLength(total + length);
+    }
+    for (const Part* const part : {m_pSingleFrameCollection, m_pMultiFrameCollection}) {
+        Part::SMeasure measure;
+        if (part && !part->MeasureAsPart(measure))
+            return 0;
+        total += measure.length;
+    }
+    return m_pSingleFrameCollection ? kivds::StreamLength(total) : 0;
 }
 
-// Adds the lengths of the parts of a plain facade; gives the part that cannot tell its own, null when all
-// can.
-const CKivDSBaseDicomAttributeCollection*
-CKivDSDicomAttributeCollection::PartWithoutLength(std::int64_t& sum) const
+// Writes the parts and gives the length of the whole stream, which `writer` stands at the first part of: 0
+// when it has none. False when a part cannot be written: it has said so.
+bool CKivDSDicomAttributeCollection::WriteParts(ByteWriter& writer, int& total)
 {
-    for (const CKivDSBaseDicomAttributeCollection* part :
-         {m_pSingleFrameCollection, m_pMultiFrameCollection}) {
-        if (part && !AddLength(*part, sum))
-            return part;
+    if (m_pEnhancedMFCollection) {
+        int length = 0;
+        if (!m_pEnhancedMFCollection->Serialize(writer.Position(), length))
+            return false;
+        writer.Advance(length);
+        total = kivds::StreamLength(std::int64_t{writer.Written()} + kLengthSize);
+        return true;
     }
-    return nullptr;
+    const Part* const parts[] = {m_pSingleFrameCollection, m_pMultiFrameCollection};
+    Part::SMeasure measures[2];
+    std::int64_t sum = writer.Written() + kLengthSize;
+    for (int i = 0; i < 2; ++i) {
+        // What cannot tell its length reports that itself when it is to write, and writes nothing. That comes
+        // first: without a length the caller's buffer has no size to speak of.
+        int length = 0;
+        if (parts[i] && !parts[i]->MeasureAsPart(measures[i]))
+            return parts[i]->Serialize(writer.Position(), length);
+        sum += measures[i].length;
+    }
+    total = kivds::StreamLength(sum);
+    for (int i = 0; i < 2 && total > 0; ++i) {
+        if (parts[i] && !parts[i]->WriteAsPart(writer, measures[i]))
+            return false;
+    }
+    return true;
 }
 
 bool CKivDSDicomAttributeCollection::Serialize(char* buffer, int& size)
@@ -213,24 +246,11 @@ bool CKivDSDicomAttributeCollection::Serialize(char* buffer, int& size)
         size = GetSize();
         return true;
     }
-    // What cannot tell its length reports that itself when it is to write, and writes nothing. That comes
-    // first: without a length the caller's buffer has no size to speak of.
     ByteWriter writer(buffer);
     writer.Advance(kHeaderSize);
-    std::int64_t sum = kHeaderSize + kLengthSize;
-    if (m_pEnhancedMFCollection) {
-        if (!WritePart(*m_pEnhancedMFCollection, writer))
-            return false;
-        sum = writer.Written() + kLengthSize;
-    } else if (const auto* const failing = PartWithoutLength(sum)) {
-        return WritePart(*failing, writer);
-    } else if (kivds::StreamLength(sum) > 0) {
-        const CKivDSBaseDicomAttributeCollection* const multi = m_pMultiFrameCollection;
-        if (!WritePart(std::as_const(*m_pSingleFrameCollection), writer) ||
-            (multi && !WritePart(*multi, writer)))
-            return false;
-    }
-    const int total = kivds::StreamLength(sum);
+    int total = 0;
+    if (!WriteParts(writer, total))
+        return false;
     if (total > 0) {
         ByteWriter header(buffer);
         header.U8(static_cast<std::uint8_t>(ms_nVersion));

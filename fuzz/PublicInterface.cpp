@@ -1,6 +1,6 @@
-// Input: a program for four collections: one byte names the operation, the next ones what it works on. Every
-// operation is checked by what it promises, and so is the collection that it changed; at the end all are
-// written and read.
+// Input: a program for four collections: one byte names the operation, the next
+// ones what it works on. Every operation is checked by what it promises, and so
+// is the collection that it changed; at the end all are written and read.
 #include "collection/internal/PartSharing.h"
 #include "fuzz/Harnesses.h"
 #include "fuzz/Support.h"
@@ -15,7 +15,8 @@ namespace kivds::fuzz {
 
 namespace {
 
-using Attributes = std::map<unsigned long, const CKivDSDicomAttribute*>;
+using A = const CKivDSDicomAttribute*; // null where there is none
+using Attributes = std::map<unsigned long, A>;
 
 Attributes AttributesOf(Facade& facade, bool multi)
 {
@@ -30,56 +31,47 @@ bool IsPlain(const Facade& facade)
     return facade.IsGood() && !facade.IsCompoundCollection() && !facade.IsEnhancedMFCollection();
 }
 
-/// How A and B stand to each other at one tag, before an operation.
-struct STag
+bool Equal(A a, A b)
 {
-    bool m_bInA;
-    bool m_bInB;
-    bool m_bPrivateA;
-    bool m_bPrivateB;
-    bool m_bEqual;
-};
+    return a && b && *a == *b;
+}
 
-/// A set operator of collections, and the tags that its result has.
+/// A set operator of collections, and whether its result has a tag under which A and B hold these.
 struct SOperator
 {
-    Facade& (Facade::*m_Assign)(const Facade&); // null: m_Make is used
-    Facade* (*m_Make)(const Facade&, const Facade&);
-    bool (*m_Keeps)(const STag&);
+    bool m_bNew; // gives a new collection
+    void (*m_Apply)(FacadePtr& a, const Facade& b);
+    bool (*m_Keeps)(A a, A b);
 };
 
-constexpr SOperator kOperators[] = {
-    {&Facade::operator+=, nullptr, [](const STag& t) { return t.m_bInA || t.m_bInB; }},
-    {&Facade::operator*=, nullptr, [](const STag& t) { return t.m_bInA || t.m_bInB; }},
-    {&Facade::operator|=, nullptr, [](const STag& t) { return t.m_bInA || (t.m_bInB && !t.m_bPrivateB); }},
-    {&Facade::operator-=, nullptr, [](const STag& t) { return t.m_bInA && !t.m_bEqual; }},
-    {&Facade::operator/=, nullptr, [](const STag& t) { return t.m_bInA && (!t.m_bInB || t.m_bPrivateB); }},
-    {&Facade::operator^=, nullptr, [](const STag& t) { return t.m_bEqual; }},
-    {nullptr, [](const Facade& a, const Facade& b) { return a / b; },
-     [](const STag& t) { return t.m_bInA && t.m_bInB && !t.m_bPrivateA && !t.m_bEqual; }},
-    {nullptr, [](const Facade& a, const Facade& b) { return a ^ b; },
-     [](const STag& t) { return t.m_bEqual; }},
-    {nullptr, [](const Facade& a, const Facade& b) { return a | b; },
-     [](const STag& t) { return t.m_bEqual; }},
-};
+const SOperator kOperators[] = {
+    {false, [](FacadePtr& a, const Facade& b) { *a += b; }, [](A a, A b) { return a || b; }},
+    {false, [](FacadePtr& a, const Facade& b) { *a *= b; }, [](A a, A b) { return a || b; }},
+    {false, [](FacadePtr& a, const Facade& b) { *a |= b; },
+     [](A a, A b) { return a || (b && !b->IsPrivate()); }},
+    {false, [](FacadePtr& a, const Facade& b) { *a -= b; }, [](A a, A b) { return a && !Equal(a, b); }},
+    {false, [](FacadePtr& a, const Facade& b) { *a /= b; },
+     [](A a, A b) { return a && (!b || b->IsPrivate()); }},
+    {false, [](FacadePtr& a, const Facade& b) { *a ^= b; }, Equal},
+    {true, [](FacadePtr& a, const Facade& b) { a.reset(*a / b); },
+     [](A a, A b) { return a && b && !a->IsPrivate() && !Equal(a, b); }},
+    {true, [](FacadePtr& a, const Facade& b) { a.reset(*a ^ b); }, Equal},
+    {true, [](FacadePtr& a, const Facade& b) { a.reset(*a | b); }, Equal}};
 constexpr int kOperatorCount = static_cast<int>(std::size(kOperators));
 
-/// The tags that one pair of parts has after an operator; `applied` says whether the operator works on it at
-/// all.
-std::vector<unsigned long> TagsAfter(const SOperator& how, const Attributes& a, const Attributes& b,
-                                     bool applied)
+using Tags = std::vector<unsigned long>;
+
+Tags TagsWhere(const Attributes& a, const Attributes& b, bool (*keeps)(A a, A b))
 {
     Attributes both = a;
     both.insert(b.begin(), b.end());
-    std::vector<unsigned long> tags;
+    Tags tags;
+    const auto in = [](const Attributes& attributes, unsigned long tag) {
+        const auto found = attributes.find(tag);
+        return found == attributes.end() ? nullptr : found->second;
+    };
     for (const auto& [tag, unused] : both) {
-        const auto inA = a.find(tag);
-        const auto inB = b.find(tag);
-        STag t = {inA != a.end(), inB != b.end(), false, false, false};
-        t.m_bPrivateA = t.m_bInA && inA->second->IsPrivate();
-        t.m_bPrivateB = t.m_bInB && inB->second->IsPrivate();
-        t.m_bEqual = t.m_bInA && t.m_bInB && *inA->second == *inB->second;
-        if (applied ? how.m_Keeps(t) : t.m_bInA)
+        if (keeps(in(a, tag), in(b, tag)))
             tags.push_back(tag);
     }
     return tags;
@@ -101,20 +93,28 @@ public:
             &Program::Copy,     &Program::Add,      &Program::Split,   &Program::Frame,
             &Program::Compound, &Program::Enhanced, &Program::Merge,   &Program::Remove,
             &Program::Read,     &Program::Scope,    &Program::Change,  &Program::Flatten};
-        constexpr int longest = 16;
+        constexpr int longest = 10;
         for (int i = 0; i < longest && !m_Input.Empty(); ++i) {
             const int step = m_Input.Below(static_cast<int>(std::size(steps)));
             (this->*steps[step])();
         }
-        for (const FacadePtr& collection : m_Collections)
-            CheckFacadeStream(*collection, m_Reports);
+        for (std::size_t i = 0; i < m_Collections.size(); ++i) {
+            if (m_Used[i])
+                CheckFacadeStream(*m_Collections[i], m_Reports);
+        }
     }
 
 private:
-    FacadePtr& Any() { return m_Collections[static_cast<std::size_t>(m_Input.Below(4))]; }
+    FacadePtr& Any()
+    {
+        const auto i = static_cast<std::size_t>(m_Input.Below(4));
+        m_Used[i] = true;
+        return m_Collections[i];
+    }
 
-    /// Checks a collection that an operation has changed. One that has grown beyond what is worth the time is
-    /// emptied, since values and members can double at every step.
+    /// Checks a collection that an operation has changed. One that has grown
+    /// beyond what is worth the time is emptied, since values and members can
+    /// double at every step.
     void Check(FacadePtr& collection)
     {
         constexpr int most = 2048;
@@ -142,39 +142,26 @@ private:
     {
         const SOperator& how = kOperators[m_Input.Below(kOperatorCount)];
         FacadePtr& a = Any();
-        Facade& b = *Any();
-        if (!IsPlain(*a) || !IsPlain(b)) {
-            Apply(how, a, b);
-            Check(a);
-            return;
-        }
-        // The tags of both parts are foretold. A facade's operator passes over parts that both sides share; a
-        // new collection has a multi-frame part only when both have.
-        std::vector<unsigned long> expected[2];
+        const FacadePtr& b = Any();
+        const bool plain = IsPlain(*a) && IsPlain(*b);
+        // The tags of both parts are foretold. A facade's operator passes over
+        // parts that both sides share; a new collection has a multi-frame part only
+        // when both have.
+        bool (*const inA)(A, A) = [](A held, A) { return held != nullptr; };
+        Tags expected[2];
         for (const bool multi : {false, true}) {
             const auto part = multi ? &PartAccess::MultiPart : &PartAccess::SinglePart;
-            const bool applied = how.m_Make || (part(b) && part(*a) != part(b));
-            expected[multi] = TagsAfter(how, AttributesOf(*a, multi), AttributesOf(b, multi), applied);
-            if (how.m_Assign && a.get() == &b)
-                expected[multi] = TagsAfter(how, AttributesOf(*a, multi), {}, false);
+            const bool applied = how.m_bNew || (part(*b) && part(*a) != part(*b));
+            if (plain)
+                expected[multi] =
+                    TagsWhere(AttributesOf(*a, multi), AttributesOf(*b, multi), applied ? how.m_Keeps : inA);
         }
-        Apply(how, a, b);
-        for (const bool multi : {false, true}) {
-            std::vector<unsigned long> tags;
-            for (const auto& [tag, unused] : AttributesOf(*a, multi))
-                tags.push_back(tag);
-            Require(tags == expected[multi], "a set operator keeps the tags that it should");
-        }
-        Check(a);
-    }
-
-    static void Apply(const SOperator& how, FacadePtr& a, const Facade& b)
-    {
-        if (how.m_Assign)
-            ((*a).*how.m_Assign)(b);
-        else
-            a.reset(how.m_Make(*a, b));
+        how.m_Apply(a, *b);
         Require(a != nullptr, "a set operator gives a collection");
+        for (const bool multi : {false, true})
+            Require(!plain || TagsWhere(AttributesOf(*a, multi), {}, inA) == expected[multi],
+                    "a set operator keeps the tags that it should");
+        Check(a);
     }
 
     void Copy()
@@ -187,11 +174,11 @@ private:
             return;
         }
         const bool deep = m_Input.Flag();
+        const std::optional<std::string> before = IsPlain(from) ? Write(from, m_Reports) : std::nullopt;
         FacadePtr copy(Facade::CreateCollection(&from, deep));
-        Require(from.IsCompoundCollection() || !from.IsGood() || !Whole(from) || *copy == from,
-                "a copy equals its original");
+        Require(!before || *copy == from,
+                "a copy equals its original"); // but for values without data
         if (deep && IsPlain(from)) {
-            const std::optional<std::string> before = Write(from, m_Reports);
             FacadePtr other(Facade::CreateCollection(copy.get(), true));
             *other += *copy;
             other->RemoveAllAttributes();
@@ -201,43 +188,27 @@ private:
         Check(to);
     }
 
-    /// Whether every value has data, so that a copy holds the same values; said to be not so where this
-    /// cannot be seen.
-    static bool Whole(Facade& facade)
-    {
-        bool whole = IsPlain(facade);
-        const auto look = [&](const CKivDSDicomAttribute& attribute) {
-            for (int i = 0; const SKivAGAttributeValue* const value = attribute.GetValuePtr(i); ++i)
-                whole = whole && value->pData;
-        };
-        if (whole)
-            Walk({facade, true, true}, look);
-        return whole;
-    }
-
     void Split()
     {
         Facade& whole = *Any();
         FacadePtr& single = Any();
         FacadePtr& multi = Any();
         Facade* made[2] = {};
-        long counts[3] = {};
+        long counts[2] = {};
         whole.GetNumberOfSingleFrameAttributes(&counts[0]);
         whole.GetNumberOfMultiFrameAttributes(&counts[1]);
         const bool split = whole.Split(made[0], made[1], m_Input.Flag());
         Require(split == IsPlain(whole) && split == (made[0] != nullptr), "a plain collection can be split");
-        if (!split)
-            return;
-        made[0]->GetNumberOfAttributes(&counts[2]);
-        Require(counts[2] == counts[0], "the single-frame attributes are split off");
-        single.reset(made[0]);
-        Check(single);
-        if (!made[1])
-            return;
-        made[1]->GetNumberOfAttributes(&counts[2]);
-        Require(counts[2] == counts[1], "the multi-frame attributes are split off");
-        multi.reset(made[1]);
-        Check(multi);
+        for (const int part : {0, 1}) {
+            if (!made[part])
+                return;
+            long count = 0;
+            made[part]->GetNumberOfAttributes(&count);
+            Require(count == counts[part], "all attributes of a part are split off");
+            FacadePtr& to = part == 0 ? single : multi;
+            to.reset(made[part]);
+            Check(to);
+        }
     }
 
     void Frame()
@@ -253,23 +224,20 @@ private:
     {
         auto* const compound = new CKivDSCompoundCollection;
         auto facade = std::make_unique<Facade>(compound);
-        long sum = 0;
+        long sum = 0, count = 0;
         int members = 0;
         for (int i = m_Input.Below(4); i > 0; --i) {
             Facade& member = *Any();
-            long count = 0;
-            member.GetNumberOfAttributes(&count);
             const bool added = compound->AddCollection(&member, m_Input.Flag());
             Require(added != member.IsCompoundCollection(), "what is not compound can be a member");
-            members += added ? 1 : 0;
-            sum += added ? count : 0;
+            members += added;
+            sum += added && member.GetNumberOfAttributes(&count) ? count : 0;
         }
         if (m_Input.Flag()) {
             compound->AppendCompoundCollection(facade.get(), m_Input.Flag());
             members *= 2;
             sum *= 2;
         }
-        long count = 0;
         Require(compound->GetNumberOfCollections() == members && compound->GetNumberOfAttributes(&count) &&
                     count == sum,
                 "the members' counts add up");
@@ -287,7 +255,8 @@ private:
         enhanced->AddCollection(&regular, m_Input.Flag());
         for (int i = m_Input.Below(4); i > 0; --i) {
             Facade& frame = *Any();
-            if (!frame.IsCompoundCollection()) // such a frame could be neither written nor measured
+            if (!frame.IsCompoundCollection()) // such a frame could be neither
+                                               // written nor measured
                 enhanced->AddMFCollection(&frame, m_Input.Flag());
         }
         if (!enhanced->IsGood())
@@ -317,26 +286,20 @@ private:
     void Remove()
     {
         FacadePtr& collection = Any();
-        switch (m_Input.Below(4)) {
-        case 0:
-            if (!collection->RemoveAllAttributes())
-                break;
-            Walk({*collection, true, true}, [](const CKivDSDicomAttribute& attribute) {
-                Require(attribute.IsPrivate(), "only private attributes survive the removal of all");
-            });
-            break;
-        case 1:
-            collection->RemoveAllSingleFrameAttributes();
-            break;
-        case 2:
-            collection->RemoveAllMultiFrameAttributes();
-            break;
-        default:
+        constexpr bool (Facade::*removals[])() = {&Facade::RemoveAllAttributes,
+                                                  &Facade::RemoveAllSingleFrameAttributes,
+                                                  &Facade::RemoveAllMultiFrameAttributes};
+        const int what = m_Input.Below(4);
+        if (what == 3) {
             const unsigned long tag = TagOf(*BuildAttribute(m_Input));
             const bool held =
                 collection->HasAttribute(tag, true, false) || collection->HasAttribute(tag, false, true);
             Require(collection->RemoveAttribute(tag) == (held && !collection->IsCompoundCollection()),
                     "what is held can be removed");
+        } else if (((*collection).*removals[what])() && what == 0) {
+            Walk({*collection, true, true}, [](const CKivDSDicomAttribute& attribute) {
+                Require(attribute.IsPrivate(), "only private attributes survive the removal of all");
+            });
         }
         Check(collection);
     }
@@ -403,6 +366,7 @@ private:
     ReportWatch m_Reports;
     Input m_Input;
     std::array<FacadePtr, 4> m_Collections;
+    std::array<bool, 4> m_Used = {};
 };
 
 } // namespace
