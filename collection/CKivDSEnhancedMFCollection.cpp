@@ -24,11 +24,26 @@ using Facade = CKivDSDicomAttributeCollection;
 namespace {
 
 constexpr int kFacadeFrame = 6; // what a facade's stream puts around this one
-constexpr std::int64_t kMostMemoryPerByte = 16;
 // What a frame's objects take where pointers have 64 bits, and counted so everywhere: a stream that one
 // platform reads, every platform reads.
-constexpr std::int64_t kFrameCost = 176;
-static_assert(sizeof(Facade) + sizeof(CKivDSBaseDicomAttributeCollection) + 2 * sizeof(void*) <= kFrameCost);
+constexpr std::int64_t kPartCost = 112;
+constexpr std::int64_t kFrameCost = 64; // with its place among the frames
+constexpr std::int64_t kEnhancedCost = 72;
+static_assert(sizeof(CKivDSBaseDicomAttributeCollection) <= kPartCost);
+static_assert(sizeof(Facade) + 2 * sizeof(void*) <= kFrameCost);
+static_assert(sizeof(CKivDSEnhancedMFCollection) <= kEnhancedCost);
+
+std::int64_t CostOfParts(const Facade& facade)
+{
+    return (PartAccess::SinglePart(facade) ? kPartCost : 0) + (PartAccess::MultiPart(facade) ? kPartCost : 0);
+}
+
+// The memory of a frame and what it holds, but for attributes and frames of its own.
+std::int64_t CostOfFrame(const Facade& frame)
+{
+    const CKivDSEnhancedMFCollection* const enhanced = PartAccess::Enhanced(frame);
+    return kFrameCost + CostOfParts(frame) + (enhanced ? kEnhancedCost + CostOfParts(*enhanced) : 0);
+}
 
 } // namespace
 
@@ -308,14 +323,11 @@ bool CKivDSEnhancedMFCollection::ReadEnhanced(ByteReader& reader, int& size, boo
         reader.Fail();
     for (int i = 0; i < count; ++i) {
         const bool read = reader.Ok() && op.Guard(kivds::kUnexpectedError, [&] {
-            const int start = reader.Consumed();
+            const std::int64_t unpaid = reader.Unpaid();
             auto frame = std::make_unique<Facade>(true);
-            if (!PartAccess::Read(*frame, reader, length, versioned))
-                return false;
-            // An empty frame of an old form takes far fewer bytes than the objects that hold it. The bytes of
-            // a stream nested in the frame account for what that holds.
-            const int bytes = frame->IsEnhancedMFCollection() ? kFacadeFrame : reader.Consumed() - start;
-            if (!reader.Afford(kFrameCost - kMostMemoryPerByte * bytes))
+            // An empty frame of an old form takes far fewer bytes than the objects that hold it.
+            if (!PartAccess::Read(*frame, reader, length, versioned) ||
+                !reader.Pay(reader.Unpaid() - unpaid, CostOfFrame(*frame)))
                 return false;
             m_MFCollections.push_back(frame.get());
             (void)frame.release(); // a frame now

@@ -146,10 +146,19 @@ TEST_F(CorruptionTest, StreamsNestedTooDeeplyOrOfTooManySmallFramesAreRefused)
         const GoldenStream nested = Nested(levels);
         EXPECT_EQ(Read(nested, {}, nested.m_Bytes), levels <= 64) << levels;
     }
-    const GoldenStream& name = AllGoldenStreams().Named("collection-empty");
-    // 4,096 frames of an old form, five bytes each
-    EXPECT_FALSE(
-        Read(name, {}, "\7\2" + std::string(1, '\0') + Int(0) + Int(4096) + std::string(4096 * 5 + 8, '\0')));
+    const std::string empty = Bytes("07 00 F9FFFFFF 0C000000 00000000 12000000");
+    const std::string oldEmpty = Bytes("00 00000000");
+    for (const auto& [frame, accepted] : std::initializer_list<std::pair<std::string, bool>>{
+             {"\7\2" + empty + Int(0) + Int(26) + Int(32), true}, // an enhanced one, as it is written
+             {oldEmpty, false},
+             {Bytes("01 00000000 00000000"), false},
+             {"\7\2" + oldEmpty + Int(0) + Int(0) + Int(0), false}}) {
+        std::string enhanced = "\7\2" + empty + Int(4096);
+        for (int i = 0; i < 4096; ++i)
+            enhanced += frame;
+        enhanced += Int(0) + Int(0);
+        EXPECT_EQ(Read(AllGoldenStreams().Named("collection-empty"), {}, enhanced), accepted) << Hex(frame);
+    }
 }
 
 } // namespace

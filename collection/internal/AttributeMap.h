@@ -10,48 +10,49 @@ namespace kivds {
 
 using AttributeMap = std::map<unsigned long, CKivDSDicomAttribute*>;
 
-/// A position in a map that has asked the cache for the attributes of the entries behind it: a walk through a
-/// large collection waits for memory at every entry, and so waits for several at once. The entry at the
-/// position may be erased after the position has moved on, and others may be inserted before it.
+/// A position in a map that knows the next few entries, too, and has asked the cache for their attributes: a
+/// walk through a large collection would wait for memory at every entry, and so waits for several at once.
+/// The entry that the position has just left may be erased, and others may be inserted between it and the
+/// position.
 template <class Iterator>
 class FetchingIterator
 {
 public:
-    FetchingIterator(Iterator at, Iterator end) : m_At(at), m_Ahead(at), m_End(end)
+    FetchingIterator(Iterator at, Iterator end) : m_Ahead(at), m_End(end)
     {
-        for (int i = 0; i < kSteps; ++i)
-            Fetch();
+        for (Iterator& next : m_Next)
+            next = Fetch();
     }
 
-    auto& operator*() const { return *m_At; }
-    auto* operator->() const { return &*m_At; }
+    auto& operator*() const { return *Position(); }
+    auto* operator->() const { return &*Position(); }
     FetchingIterator& operator++()
     {
-        ++m_At;
-        Fetch();
+        m_Next[m_nAt] = Fetch();
+        m_nAt = (m_nAt + 1) % kSteps;
         return *this;
     }
-    bool operator!=(const FetchingIterator& other) const { return m_At != other.m_At; }
-    bool AtEnd() const { return m_At == m_End; }
-    Iterator Position() const { return m_At; }
+    bool operator!=(const FetchingIterator& other) const { return Position() != other.Position(); }
+    bool AtEnd() const { return Position() == m_End; }
+    Iterator Position() const { return m_Next[m_nAt]; }
 
 private:
-    static constexpr int kSteps =
-        4; // enough to keep the memory busy; more would push out what is needed first
+    static constexpr unsigned kSteps = 4; // enough to keep the memory busy
 
-    void Fetch()
+    Iterator Fetch()
     {
         if (m_Ahead == m_End)
-            return;
+            return m_End;
 #if defined(__GNUC__) // a hint, for any address
         const auto* const attribute = reinterpret_cast<const char*>(m_Ahead->second);
         __builtin_prefetch(attribute);
         __builtin_prefetch(attribute + 64);
 #endif
-        ++m_Ahead;
+        return m_Ahead++;
     }
 
-    Iterator m_At;
+    Iterator m_Next[kSteps]; // the position and those behind it, in a ring
+    unsigned m_nAt = 0;      // where in the ring
     Iterator m_Ahead;
     Iterator m_End;
 };

@@ -90,6 +90,11 @@ struct PartAccess
         return facade.m_pCompoundCollection;
     }
 
+    static CKivDSEnhancedMFCollection* Enhanced(const CKivDSDicomAttributeCollection& facade) noexcept
+    {
+        return facade.m_pEnhancedMFCollection;
+    }
+
     /// The facade whose parts stand for `facade` in set operations.
     static const CKivDSDicomAttributeCollection& Regular(const CKivDSDicomAttributeCollection& facade)
     {

@@ -75,11 +75,17 @@ public:
     bool Deeper() noexcept { return ++m_Depth <= kMaxDepth || Fail(); }
     void Shallower() noexcept { --m_Depth; }
 
-    /// Takes `bytes` from the memory that a stream may ask for beyond what its own length accounts for;
-    /// false, and the reader fails, when that is used up. Negative: nothing is taken.
-    bool Afford(std::int64_t bytes) noexcept
+    /// Bytes consumed that nothing has been paid with.
+    std::int64_t Unpaid() const noexcept { return Consumed() - m_nPaid; }
+
+    /// Pays for `memory` bytes of objects with `bytes` bytes of the stream, each of which accounts for a few
+    /// bytes of memory, and for the rest with an allowance that a whole stream has once; false, and the
+    /// reader fails, when that is used up.
+    bool Pay(std::int64_t bytes, std::int64_t memory) noexcept
     {
-        m_nAllowance -= bytes > 0 ? bytes : 0;
+        constexpr std::int64_t memoryPerByte = 16;
+        m_nPaid += bytes;
+        m_nAllowance -= memory > memoryPerByte * bytes ? memory - memoryPerByte * bytes : 0;
         return m_nAllowance >= 0 || Fail();
     }
 
@@ -108,6 +114,7 @@ private:
     const char* m_Data;
     int m_Left;
     int m_Depth = 0;
+    std::int64_t m_nPaid = 0;
     std::int64_t m_nAllowance = std::int64_t{48} * 1024;
     bool m_Ok = true;
 };
