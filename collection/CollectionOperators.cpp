@@ -445,7 +445,7 @@ Facade* CombineFreely(const Facade& a, const Facade& b, const wchar_t* name,
         single = combine(PartAccess::SinglePart(left), PartAccess::SinglePart(right));
         multi = combine(PartAccess::MultiPart(left), PartAccess::MultiPart(right));
     }
-    Facade* const result = new (std::nothrow) Facade(single.get(), multi.get());
+    auto* const result = new (std::nothrow) Facade(single.get(), multi.get());
     if (result) { // the parts are the facade's now
         (void)single.release();
         (void)multi.release();

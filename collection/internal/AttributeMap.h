@@ -10,50 +10,48 @@ namespace kivds {
 
 using AttributeMap = std::map<unsigned long, CKivDSDicomAttribute*>;
 
-/// A position in a map that knows the next few entries, too, and has asked the cache for their attributes: a
-/// walk through a large collection would wait for memory at every entry, and so waits for several at once.
-/// The entry that the position has just left may be erased, and others may be inserted between it and the
-/// position.
+/// A position in a map that reads a few entries ahead and asks the cache for their attributes: a walk through
+/// a large collection would wait for memory at every entry, and so waits for several at once. The entry that
+/// the position has just left may be erased, and others may be inserted between it and the position.
 template <class Iterator>
 class FetchingIterator
 {
 public:
-    FetchingIterator(Iterator at, Iterator end) : m_Ahead(at), m_End(end)
-    {
-        for (Iterator& next : m_Next)
-            next = Fetch();
-    }
+    FetchingIterator(Iterator at, Iterator end) : m_Next(at), m_End(end) { Fetch(); }
 
     auto& operator*() const { return *Position(); }
     auto* operator->() const { return &*Position(); }
     FetchingIterator& operator++()
     {
-        m_Next[m_nAt] = Fetch();
-        m_nAt = (m_nAt + 1) % kSteps;
+        if (++m_nAt == m_nFetched)
+            Fetch();
         return *this;
     }
     bool operator!=(const FetchingIterator& other) const { return Position() != other.Position(); }
     bool AtEnd() const { return Position() == m_End; }
-    Iterator Position() const { return m_Next[m_nAt]; }
+    Iterator Position() const { return m_Fetched[m_nAt]; }
 
 private:
-    static constexpr unsigned kSteps = 4; // enough to keep the memory busy
+    static constexpr int kMost = 8; // enough to keep the memory busy
 
-    Iterator Fetch()
+    void Fetch()
     {
-        if (m_Ahead == m_End)
-            return m_End;
+        m_nAt = 0;
+        m_Fetched[0] = m_End;
+        for (m_nFetched = 0; m_nFetched < kMost && m_Next != m_End; ++m_Next) {
 #if defined(__GNUC__) // a hint, for any address
-        const auto* const attribute = reinterpret_cast<const char*>(m_Ahead->second);
-        __builtin_prefetch(attribute);
-        __builtin_prefetch(attribute + 64);
+            const auto* const attribute = reinterpret_cast<const char*>(m_Next->second);
+            __builtin_prefetch(attribute);
+            __builtin_prefetch(attribute + 64);
 #endif
-        return m_Ahead++;
+            m_Fetched[m_nFetched++] = m_Next;
+        }
     }
 
-    Iterator m_Next[kSteps]; // the position and those behind it, in a ring
-    unsigned m_nAt = 0;      // where in the ring
-    Iterator m_Ahead;
+    Iterator m_Fetched[kMost];
+    int m_nFetched = 0;
+    int m_nAt = 0;
+    Iterator m_Next;
     Iterator m_End;
 };
 

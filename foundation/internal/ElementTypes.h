@@ -8,11 +8,12 @@
 
 namespace kivds {
 
+inline constexpr signed char kElementSizes[] = {0, 1, 2, 2, 4, 4, 4, 8};
+
 /// Bytes per element, by type; 0 for a number that is no type.
 constexpr int ElementSize(tagEKivAGAttributeType type) noexcept
 {
-    constexpr int sizes[] = {0, 1, 2, 2, 4, 4, 4, 8};
-    return type >= eAttrNone && type <= eAttrDouble ? sizes[type] : 0;
+    return type >= eAttrNone && type <= eAttrDouble ? kElementSizes[type] : 0;
 }
 
 /// Bytes of `count` elements, without overflow; negative for a negative count.

@@ -23,6 +23,8 @@ int Step(Action action, int primitive);
 
 } // namespace model
 
+// NOLINTBEGIN(readability-make-member-function-const): what changes is the model's
+
 enum class EventReset
 {
     Automatic,
@@ -68,5 +70,7 @@ public:
 private:
     const int m_Number;
 };
+
+// NOLINTEND(readability-make-member-function-const)
 
 } // namespace kivds
