@@ -1,6 +1,6 @@
-// Input: a program for four collections: one byte names the operation, the next
-// ones what it works on. Every operation is checked by what it promises, and so
-// is the collection that it changed; at the end all are written and read.
+// Input: a program for four collections: one byte names the operation, the next ones what it works on. Every
+// operation is checked by what it promises, and so is the collection that it changed; at the end all are
+// written and read.
 #include "collection/internal/PartSharing.h"
 #include "fuzz/Harnesses.h"
 #include "fuzz/Support.h"
@@ -112,9 +112,8 @@ private:
         return m_Collections[i];
     }
 
-    /// Checks a collection that an operation has changed. One that has grown
-    /// beyond what is worth the time is emptied, since values and members can
-    /// double at every step.
+    /// Checks a collection that an operation has changed. One that has grown beyond what is worth the time is
+    /// emptied, since values and members can double at every step.
     void Check(FacadePtr& collection)
     {
         constexpr int most = 2048;
@@ -144,9 +143,8 @@ private:
         FacadePtr& a = Any();
         const FacadePtr& b = Any();
         const bool plain = IsPlain(*a) && IsPlain(*b);
-        // The tags of both parts are foretold. A facade's operator passes over
-        // parts that both sides share; a new collection has a multi-frame part only
-        // when both have.
+        // The tags of both parts are foretold. A facade's operator passes over parts that both sides share; a
+        // new collection has a multi-frame part only when both have.
         bool (*const inA)(A, A) = [](A held, A) { return held != nullptr; };
         Tags expected[2];
         for (const bool multi : {false, true}) {
@@ -255,8 +253,7 @@ private:
         enhanced->AddCollection(&regular, m_Input.Flag());
         for (int i = m_Input.Below(4); i > 0; --i) {
             Facade& frame = *Any();
-            if (!frame.IsCompoundCollection()) // such a frame could be neither
-                                               // written nor measured
+            if (!frame.IsCompoundCollection()) // such a frame could be neither written nor measured
                 enhanced->AddMFCollection(&frame, m_Input.Flag());
         }
         if (!enhanced->IsGood())

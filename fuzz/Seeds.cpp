@@ -1,7 +1,9 @@
 #include "fuzz/Seeds.h"
 
 #include "KivDSDataU.h"
+#include "tests/support/Examples.h"
 #include "tests/support/GoldenStreams.h"
+#include "tests/support/Hex.h"
 
 #include <initializer_list>
 #include <random>
@@ -10,15 +12,8 @@ namespace kivds::fuzz {
 
 namespace {
 
+using test::Int;
 using test::StreamKind;
-
-std::string Int(int number)
-{
-    std::string bytes;
-    for (int i = 0; i < 4; ++i)
-        bytes += static_cast<char>(static_cast<unsigned int>(number) >> (8 * i));
-    return bytes;
-}
 
 std::string Bytes(std::initializer_list<int> numbers)
 {
@@ -106,44 +101,19 @@ void AddDenseStreams(std::map<std::string, SInputs>& inputs)
     inputs["ScriptVersionStream"].m_Dense = {versions};
 }
 
+/// The elements of docs/attributes.md.
 SInputs Elements()
 {
-    using namespace std::string_literals;
-    const std::pair<int, std::string> elements[] = {{0, "STORE_SCP"},
-                                                    {1, "045Y"},
-                                                    {2, "\x08\0\x60\0"s},
-                                                    {3, "ORIGINAL\\PRIMARY"},
-                                                    {4, "20240229"},
-                                                    {4, "2024.02.29"},
-                                                    {4, "20240101\\20240202 "},
-                                                    {6, " 1.5\\-2.25e1"},
-                                                    {6, "0x1p3\\inf"},
-                                                    {7, std::string(16, '\1')},
-                                                    {8, std::string(8, '\2')},
-                                                    {9, "-3\\12\\99999999999"},
-                                                    {10, "a\\\\b\\"},
-                                                    {11, "text"},
-                                                    {14, "SH "},
-                                                    {15, "1234"},
-                                                    {16, ""},
-                                                    {17, "12"},
-                                                    {19, "101530.25"},
-                                                    {19, "10:15:30.250"},
-                                                    {19, "1015\\10 "},
-                                                    {20, "1.2.840.10008.1.1"},
-                                                    {22, "\0\2"s},
-                                                    {23, "?"},
-                                                    {26, "Yamada^Tarou=Ymd^Tr\\Doe^Jane"},
-                                                    {26, "^^^"},
-                                                    {27, std::string(20, '\xFF')},
-                                                    {28, std::string(20, '\x80')},
-                                                    {30, "20240229101530.125-0330"},
-                                                    {30, "2024"}};
     SInputs inputs;
-    for (const auto& [representation, bytes] : elements) {
+    const auto add = [&](const std::string& representation, const std::string& bytes) {
         for (const int expectedCount : {1, 2})
-            inputs.m_Seeds.push_back(Bytes({representation + 2, expectedCount, 1, ' '}) + bytes);
-    }
+            inputs.m_Seeds.push_back(Bytes({test::CodeOf(representation) + 2, expectedCount, 1, ' '}) +
+                                     bytes);
+    };
+    for (const auto& cells : test::ExampleCells("conversions"))
+        add(cells[0], cells[2]);
+    for (const auto& cells : test::ExampleCells("rendering"))
+        add(cells[0], test::Bytes(cells[1]));
     return inputs;
 }
 

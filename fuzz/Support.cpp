@@ -4,7 +4,6 @@
 #include "platform/CKivIPPScopeItemFactory.h"
 #include "tests/support/DocumentedReports.h"
 
-#include <array>
 #include <cstdio>
 #include <cstdlib>
 #include <utility>
@@ -81,14 +80,6 @@ void ReportWatch::Listen(void* context, const wchar_t* function, const wchar_t* 
 
 namespace {
 
-/// Few, so that attributes meet; those that the library treats in a way of their own are among them.
-unsigned long BuildTag(Input& input)
-{
-    constexpr std::array<unsigned long, 8> tags = {0x00080060, 0x00100010, 0x00180050, 0x00280008,
-                                                   0x00280010, 0x00540220, 0x37110090, 0x7FE00010};
-    return tags[static_cast<std::size_t>(input.Below(8))];
-}
-
 AttributePtr BuildFromElement(Input& input, unsigned long tag, bool mustReplicate)
 {
     auto attribute = std::make_unique<CKivDSDicomAttribute>();
@@ -119,7 +110,7 @@ AttributePtr BuildFromValues(Input& input, unsigned long tag, bool mustReplicate
     return attribute;
 }
 
-AttributePtr BuildCodeSequence(Input& input, unsigned long tag)
+AttributePtr BuildCodeSequence(Input& input, unsigned long tag, bool)
 {
     tagSKivDSCodeSequenceAttributeInfo info = {};
     input.Text(32).copy(info.szCodeValue, 32);
@@ -129,27 +120,25 @@ AttributePtr BuildCodeSequence(Input& input, unsigned long tag)
     return std::make_unique<CKivDSCodeSequenceAttribute>(tag, info);
 }
 
+AttributePtr BuildEmpty(Input& input, unsigned long tag, bool mustReplicate)
+{
+    auto attribute = std::make_unique<CKivDSDicomAttribute>();
+    attribute->InitEmpty(tag, input.Below(33), mustReplicate);
+    return attribute;
+}
+
 } // namespace
 
 AttributePtr BuildAttribute(Input& input)
 {
-    AttributePtr attribute;
-    const unsigned long tag = BuildTag(input);
+    // Few tags, so that attributes meet; those that the library treats in a way of their own are among them.
+    constexpr unsigned long tags[] = {0x00080060, 0x00100010, 0x00180050, 0x00280008,
+                                      0x00280010, 0x00540220, 0x37110090, 0x7FE00010};
+    const unsigned long tag = tags[input.Below(8)];
     const bool mustReplicate = input.Flag();
-    switch (input.Below(4)) {
-    case 0:
-        attribute = BuildFromElement(input, tag, mustReplicate);
-        break;
-    case 1:
-        attribute = BuildFromValues(input, tag, mustReplicate);
-        break;
-    case 2:
-        attribute = BuildCodeSequence(input, tag);
-        break;
-    default:
-        attribute = std::make_unique<CKivDSDicomAttribute>();
-        attribute->InitEmpty(tag, input.Below(33), mustReplicate);
-    }
+    constexpr AttributePtr (*builders[])(Input&, unsigned long, bool) = {BuildFromElement, BuildFromValues,
+                                                                         BuildCodeSequence, BuildEmpty};
+    AttributePtr attribute = builders[input.Below(4)](input, tag, mustReplicate);
     const int frames = input.Below(4);
     if (frames == 1)
         attribute->SetMultiFrameInfo(1, input.Below(8));
@@ -192,8 +181,7 @@ unsigned char s_Rendering[200];
 bool CheckValues(const CKivDSDicomAttribute& attribute)
 {
     bool whole = true;
-    int count = 0;
-    int inSequence = 0;
+    int count = 0, inSequence = 0, said = 0;
     Require(attribute.GetNumberOfValues(&count) && !attribute.GetValuePtr(-1) &&
                 !attribute.GetValuePtr(count),
             "there are as many values as said");
@@ -212,9 +200,7 @@ bool CheckValues(const CKivDSDicomAttribute& attribute)
                 "a value is given as it is held");
         attribute.DeleteAttributeValue(copy);
     }
-    int said = 0;
-    Require(attribute.GetNumberOfInSequenceValues(&said) && said == inSequence,
-            "in-sequence values are counted");
+    Require(attribute.GetNumberOfInSequenceValues(&said) && said == inSequence, "items' values are counted");
     return whole;
 }
 
@@ -222,8 +208,7 @@ void CheckFrames(const CKivDSDicomAttribute& attribute, bool whole)
 {
     const std::unique_ptr<CKivIPPRangeIDC> range(attribute.GetFrameRangeCollection());
     Require((range != nullptr) == attribute.IsMultiFrame(), "a multi-frame attribute has a frame range");
-    int first = 0;
-    int last = 0;
+    int first = 0, last = 0;
     if (range)
         range->GetFrameRun(range->GetNumberOfFrameRuns() - 1, &first, &last);
     for (const int frame : {first, last}) {
@@ -237,8 +222,7 @@ void CheckFrames(const CKivDSDicomAttribute& attribute, bool whole)
         copy->GetNumberOfValues(&count);
         Require(!copy->IsMultiFrame() && TagOf(*copy) == TagOf(attribute) && copy->GetType() == 0,
                 "the attribute of a frame is a plain one");
-        Require(range ? count == 1 : !whole || *copy == attribute,
-                "the attribute of a frame holds its value");
+        Require(range ? count == 1 : !whole || *copy == attribute, "a frame's attribute holds its value");
     }
 }
 
@@ -282,8 +266,7 @@ void CheckFacade(Facade& facade)
 {
     long all = 0;
     if (facade.GetNumberOfAttributes(&all) && !facade.IsCompoundCollection()) {
-        long single = 0;
-        long multi = 0;
+        long single = 0, multi = 0;
         Require(facade.GetNumberOfSingleFrameAttributes(&single) &&
                     facade.GetNumberOfMultiFrameAttributes(&multi) && single + multi == all,
                 "the counts of the parts add up");
@@ -298,17 +281,14 @@ void CheckFacade(Facade& facade)
                             facade.HasAttribute(tag, !inMulti, inMulti),
                         "an attribute that is walked is found under its tag");
             };
-            Require(Walk({facade, !inMulti, inMulti}, check) == (inMulti ? multi : single),
-                    "a part is walked whole");
+            Require(Walk({facade, !inMulti, inMulti}, check) == (inMulti ? multi : single), "all is walked");
         }
-        Require(Walk({facade, true, true}, [](const CKivDSDicomAttribute&) {}) == all,
-                "both parts are walked whole");
+        Require(Walk({facade, true, true}, [](const CKivDSDicomAttribute&) {}) == all, "all are walked");
     }
     int frames = 0;
     facade.GetNumberOfFrames(&frames);
     facade.Dump();
-    Require(!facade.IsGood() || facade.IsCompoundCollection() || facade == facade,
-            "a collection equals itself");
+    Require(!facade.IsGood() || facade.IsCompoundCollection() || facade == facade, "it equals itself");
 }
 
 void CheckFacadeStream(Facade& facade, ReportWatch& reports)

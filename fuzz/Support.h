@@ -4,6 +4,7 @@
 
 #include "KivDSDataU.h"
 #include "tests/support/FailingNew.h"
+#include "tests/support/GuardedBytes.h"
 
 #include <memory>
 #include <optional>
@@ -41,22 +42,7 @@ private:
     std::string_view m_Rest;
 };
 
-/// A copy in a heap block of exactly its length, so that no byte behind it can be read unnoticed.
-class ExactBlock
-{
-public:
-    explicit ExactBlock(std::string_view bytes) : m_Data(new char[bytes.size()]), m_Size(bytes.size())
-    {
-        bytes.copy(m_Data.get(), bytes.size());
-    }
-
-    char* Data() const { return m_Data.get(); }
-    int Size() const { return static_cast<int>(m_Size); }
-
-private:
-    std::unique_ptr<char[]> m_Data;
-    std::size_t m_Size;
-};
+using ExactBlock = test::Exact;
 
 /// Listens to the error sink while it lives. A report that is not documented, or that only a lack of memory
 /// excuses, ends the program.

@@ -1,58 +1,14 @@
-// The attribute as an object: its virtual table, storage, copies, accessors, and what all that costs.
+// The attribute as an object: storage, copies, accessors, the factory, and what all that costs.
 #include "tests/support/Attributes.h"
 
 #include <climits>
+#include <type_traits>
 
 namespace kivds::test {
 namespace {
 
 using namespace std::string_view_literals;
 using AttributeObjectTest = AttributeTest;
-using A = OpenAttribute;
-using V = SKivAGAttributeValue;
-
-/// One of several operations of a name.
-template <class Signature>
-auto Op(Signature CKivDSDicomAttribute::*operation)
-{
-    return operation;
-}
-
-/// Where operations stand in the virtual table, as the Itanium ABI's member pointers tell it on x86.
-template <class... Operations>
-std::vector<std::size_t> SlotsOf(Operations... operations)
-{
-    const auto slot = [](auto operation) {
-        std::size_t word = 0;
-        std::memcpy(&word, &operation, sizeof word);
-        return word / sizeof(void*); // the lowest bit says that it is a virtual one
-    };
-    return {slot(operations)...};
-}
-
-TEST_F(AttributeObjectTest, TheVirtualOperationsStandInTheirFixedOrder)
-{
-    const std::vector<std::size_t> slots = SlotsOf(
-        &A::InitFromDicomElement, &A::InitFromDicomData, &A::InitFromValues, &A::CreateSingleFrameCopy,
-        Op<bool(const V&, char*, int&) const>(&A::Serialize), Op<bool(char*, int&) const>(&A::Serialize),
-        Op<bool(const char*, int&, V&, bool)>(&A::Deserialize),
-        Op<bool(const char*, int&, bool, int)>(&A::Deserialize), &A::IsPrivate, &A::MustReplicate, &A::GetTag,
-        &A::GetDescription, &A::GetDicomRepresentation, &A::GetNumberOfValues, &A::GetValue, &A::SetValue,
-        &A::GetValueAsString, &A::GetNumberOfInSequenceValues, &A::GetInSequenceValue,
-        &A::CreateInSequenceInitializedCopy, Op<bool(int, int*)>(&A::SetMultiFrameInfo),
-        Op<bool(int, int)>(&A::SetMultiFrameInfo), &A::ResetMultiFrameInfo, &A::IsMultiFrame,
-        &A::GetFrameRangeCollection, &A::DeleteAttributeValue, &A::GetType, &A::Dump, &A::DumpDicomInfo,
-        &A::DumpValuesInfo, Op<int(const V&) const>(&A::GetSize), Op<int() const>(&A::GetSize),
-        &A::Dicom2Attribute, &A::Attribute2Dicom, &A::Convert2String, &A::Convert2Date,
-        &A::InternalConvert2Date, &A::Convert2Time, &A::InternalConvert2Time, &A::Convert2DateTime,
-        &A::Convert2Age, &A::Convert2PersonName, &A::Convert2Double, &A::Convert2Int, &A::CopyAttributeValue,
-        &A::Alloc, &A::SetDataElementType, &A::MakePixelDataAttribute, &A::IsPreallocatedData,
-        &A::AllocAttributeValue, &A::Clean);
-    if (slots[0] != 0)
-        GTEST_SKIP() << "another ABI";
-    for (std::size_t i = 0; i < slots.size(); ++i)
-        EXPECT_EQ(slots[i], i < 4 ? i : i + 2) << "the destructor has two slots, behind the fourth";
-}
 
 TEST_F(AttributeObjectTest, ANewAttributeIsEmpty)
 {
@@ -60,8 +16,7 @@ TEST_F(AttributeObjectTest, ANewAttributeIsEmpty)
     unsigned long tag = 1;
     int count = 1;
     EXPECT_TRUE(plain.GetTag(&tag) && tag == 0 && plain.GetNumberOfValues(&count) && count == 0);
-    EXPECT_TRUE(!plain.IsPrivate() && !plain.MustReplicate() && !plain.IsMultiFrame() &&
-                plain.GetType() == 0);
+    EXPECT_TRUE(!plain.IsPrivate() && !plain.MustReplicate() && !plain.IsMultiFrame() && !plain.GetType());
     EXPECT_TRUE(!plain.GetDescription() && plain.GetDicomRepresentation() == 0 && !plain.GetValuePtr(0));
     EXPECT_TRUE(flagged.IsPrivate() && flagged.MustReplicate());
     EXPECT_FALSE(plain.GetTag(nullptr) || plain.GetNumberOfValues(nullptr));
@@ -164,6 +119,39 @@ TEST_F(AttributeObjectTest, CopiesAndAssignmentsOwnWhatTheyHold)
     unsigned long tag = 0;
     EXPECT_TRUE(source->GetTag(&tag) && tag == 0xFFFEE000 && source->GetDicomRepresentation() == 33);
     EXPECT_TRUE(source->MustReplicate() && !source->IsPrivate() && Text(*source).empty());
+}
+
+TEST_F(AttributeObjectTest, TheFactoryMakesAndCopiesTheClassThatATypeNames)
+{
+    static_assert(std::is_trivially_destructible_v<CKivDSDicomAttributeFactory>, "usable until the end");
+    const auto make = [](const auto& source) {
+        return AttributePtr(g_DicomAttributeFactory.CreateDicomAttribute(source));
+    };
+    const auto isCodes = [](const CKivDSDicomAttribute& attribute) {
+        return dynamic_cast<const CKivDSCodeSequenceAttribute*>(&attribute) != nullptr;
+    };
+    const std::wstring create = L"CKivDSDicomAttributeFactory::CreateDicomAttribute";
+    for (const int type : {0, 1}) {
+        const AttributePtr made = make(type);
+        EXPECT_TRUE(made->GetType() == type && isCodes(*made) == (type == 1));
+        EXPECT_TRUE(!made->GetValuePtr(0) && !made->IsPrivate() && !made->MustReplicate());
+    }
+    OpenAttribute attribute;
+    for (const int type : {1, 2, -1, INT_MIN, INT_MAX}) {
+        attribute.m_nType = type; // 1: it says that it holds codes, but is no such object
+        Refused(make(static_cast<OpenAttribute::Base&>(attribute)) != nullptr, create,
+                L"Unknown DICOM attribute type");
+        if (type != 1)
+            Refused(make(type) != nullptr, create, L"Unknown input DICOM attribute type");
+    }
+    for (int kind = 0; kind < kKinds; ++kind) {
+        const AttributePtr source = OfKind(kind), copy = make(*source);
+        EXPECT_TRUE(*copy == *source && isCodes(*copy) == isCodes(*source)) << kind;
+        CKivDSDicomAttribute* frame = nullptr;
+        const bool made = source->CreateSingleFrameCopy(1, &frame) && frame;
+        EXPECT_FALSE(made && isCodes(*make(*AttributePtr(frame)))) << "a plain copy says that it is plain";
+        ClaimAll(); // from those of no frames
+    }
 }
 
 TEST_F(AttributeObjectTest, OneSmallValueCostsTheObjectAloneAndReadingItNothing)

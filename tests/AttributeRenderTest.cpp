@@ -84,34 +84,31 @@ TEST_F(AttributeRenderTest, TheDumpHasAHeaderAndAValuesLine)
         EXPECT_EQ(m_Lines, expected);
         EXPECT_EQ(attribute->DumpValuesInfo(), !values.empty());
     }
-    const std::vector<std::string> names =
-        Parts("N/A/ 1 N/A |char / 1 |short / 1 |u short / 1 |int / 1 |u int / 1 |"
-              "float / 1 |double / 1 |N/A/ 1 N/A ");
     m_Lines.clear();
     for (int type = 0; type < 9; ++type) {
         OpenAttribute typed;
         typed.Alloc(1, static_cast<tagEKivAGAttributeType>(type), 0);
         EXPECT_TRUE(typed.DumpValuesInfo());
     }
-    EXPECT_EQ(m_Lines, names);
+    EXPECT_EQ(
+        m_Lines,
+        Parts("N/A/ 1 N/A |char / 1 |short / 1 |u short / 1 |int / 1 |u int / 1 |float / 1 |double / 1 |\n"
+              "N/A/ 1 N/A "));
 }
 
 TEST_F(AttributeRenderTest, TheDumpGoesThroughASubclassAndItsFrameRange)
 {
+    static Lines* s_pLines = &m_Lines;
     struct Range : CKivIPPRangeIDC
     {
-        explicit Range(Lines& lines) : m_Lines(lines) {}
-        bool Dump() const override { return m_Lines.emplace_back("range").empty(); }
-        Lines& m_Lines;
+        bool Dump() const override { return s_pLines->emplace_back("range").empty(); }
     };
-    struct Named : OpenAttribute
+    struct : OpenAttribute
     {
-        explicit Named(Lines& lines) : m_Lines(lines) {}
-        void DumpDicomInfo() override { m_Lines.emplace_back("header"); }
-        bool DumpValuesInfo() override { return m_Lines.emplace_back("values").empty(); }
-        Lines& m_Lines;
-    } attribute(m_Lines);
-    const OtherFactory factory(std::make_unique<Range>(m_Lines));
+        void DumpDicomInfo() override { s_pLines->emplace_back("header"); }
+        bool DumpValuesInfo() override { return s_pLines->emplace_back("values").empty(); }
+    } attribute;
+    const OtherFactory factory(std::make_unique<Range>());
     attribute.Dump();
     attribute.SetMultiFrameInfo(1, 2);
     attribute.Dump();

@@ -32,6 +32,19 @@ TEST_F(AttributeStreamTest, WhatIsReadBeforeARefusalStays)
     ClaimEach({Of(L"Deserialize", L"Failed to allocate new frame range collection")});
     EXPECT_TRUE(Text(attribute) == "[1 1 2]" && !attribute.IsMultiFrame());
 
+    OpenAttribute open;
+    SKivAGAttributeValue value = {};
+    EXPECT_FALSE(open.Deserialize(nullptr, size, value, true) ||
+                 open.Deserialize("\0\0\0\0\0\0\0", size, value, true));
+    ClaimEach({2, Of(L"Deserialize", L"Invalid input parameter")});
+    for (const auto& [bytes, inlineAllowed, inside] :
+         {std::tuple('\x0F', false, false), {'\x0F', true, true}, {'\x10', true, false}}) {
+        const Exact stream(Bytes("01000000") + bytes +
+                           std::string(7U + static_cast<unsigned char>(bytes), '\0'));
+        EXPECT_TRUE(open.Deserialize(stream.Data(), size, value, inlineAllowed) && size == stream.Size());
+        EXPECT_EQ(open.IsPreallocatedData(value.pData), inside);
+        open.DeleteAttributeValue(value);
+    }
     CKivDSCodeSequenceAttribute codes;
     const std::string& code = golden.Named("code-sequence").m_Bytes;
     for (int twice = 1; twice <= 2; ++twice) {
@@ -40,32 +53,6 @@ TEST_F(AttributeStreamTest, WhatIsReadBeforeARefusalStays)
     }
     EXPECT_FALSE(codes.Deserialize(code.data(), static_cast<int>(code.size()) - 1, size, true, 7));
     EXPECT_TRUE(ClaimAll() == 1 && size == 0);
-}
-
-TEST_F(AttributeStreamTest, OneValueIsWrittenAndReadAsAStreamOfItsOwn)
-{
-    const Value value({short{-2}, short{258}}, -1);
-    const Exact golden(Bytes("02 00 00 00 02 00 00 00 FE FF 02 01 FF FF FF FF"));
-    const Exact sixteen(Bytes("01 00 00 00 10 00 00 00") + std::string(20, '\0'));
-    OpenAttribute attribute;
-    SKivAGAttributeValue read = {};
-    int size = -1;
-    char written[16];
-    EXPECT_TRUE(attribute.Serialize(value, nullptr, size) && size == 16 && attribute.GetSize(value) == 16);
-    EXPECT_TRUE(attribute.Serialize(value, written, size) && std::memcmp(written, golden.Data(), 16) == 0);
-    for (const bool inlineAllowed : {false, true}) {
-        EXPECT_TRUE(attribute.Deserialize(golden.Data(), size, read, inlineAllowed) && size == 16);
-        EXPECT_TRUE(read == value && read.nInSequenceIndex == -1);
-        EXPECT_EQ(attribute.IsPreallocatedData(read.pData), inlineAllowed);
-        EXPECT_EQ(attribute.m_bPreallocatedData, inlineAllowed);
-        attribute.DeleteAttributeValue(read);
-    }
-    EXPECT_TRUE(attribute.Deserialize(sixteen.Data(), size, read, true) && size == 28);
-    EXPECT_FALSE(attribute.IsPreallocatedData(read.pData)) << "too long for the object";
-    attribute.DeleteAttributeValue(read);
-    EXPECT_FALSE(attribute.Deserialize(nullptr, size, read, true) ||
-                 attribute.Deserialize("\0\0\0\0\0\0\0", size, read, true));
-    ClaimEach({2, Of(L"Deserialize", L"Invalid input parameter")});
 }
 
 TEST_F(AttributeStreamTest, WhatCannotBeWrittenIsRefused)

@@ -9,9 +9,6 @@ namespace kivds::test {
 namespace {
 
 using Info = tagSKivDSCodeSequenceAttributeInfo;
-static_assert(offsetof(Info, szCodeMeaning) == 99 && offsetof(Info, nContextGroupExtensionFlag) == 228 &&
-              offsetof(Info, szContextGroupExtensionCreatorUID) == 259 && sizeof(Info) == 324);
-
 struct Codes : CKivDSCodeSequenceAttribute
 {
     using Base = CKivDSCodeSequenceAttribute;
@@ -44,13 +41,12 @@ struct CodeSequenceTest : AttributeTest
 
 TEST_F(CodeSequenceTest, ARecordMakesOneValueOfItsMeaning)
 {
-    const Codes codes(0x000E0005, m_A), empty, flagged(true, true);
+    const Codes codes(0x000E0005, m_A), empty, flags(true, true);
     unsigned long tag = 0;
     EXPECT_TRUE(codes.GetTag(&tag) && tag == 0x000E0005 && codes.GetDicomRepresentation() == CS);
     EXPECT_TRUE(codes.GetType() == 1 && codes.MustReplicate() && !codes.IsPrivate());
     EXPECT_TRUE(All(codes) == "A | [Left breast]0" && codes.GetNumberOfCodes() == 1 && !codes.GetCodePtr(-1));
-    EXPECT_TRUE(!empty.IsPrivate() && !empty.MustReplicate() && flagged.IsPrivate() &&
-                flagged.MustReplicate());
+    EXPECT_TRUE(!empty.IsPrivate() && !empty.MustReplicate() && flags.IsPrivate() && flags.MustReplicate());
     Info unterminated = m_A;
     std::memset(&unterminated, 'x', sizeof unterminated); // every text is ended within its field
     EXPECT_EQ(Codes(1, unterminated).GetValuePtr(0)->nCount, 65);

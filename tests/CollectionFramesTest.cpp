@@ -7,9 +7,9 @@ namespace {
 
 using CollectionFramesTest = ReportTest;
 
-constexpr Wide kPartConstructor = L"CKivDSBaseDicomAttributeCollection::CKivDSBaseDicomAttributeCollection";
-constexpr Wide kFacadeConstructor = L"CKivDSDicomAttributeCollection::CKivDSDicomAttributeCollection";
-constexpr Wide kNarrow = L"CKivDSDicomAttributeCollection::UpdateMultiFrameScope";
+const std::wstring kPartConstructor = kPart + L"CKivDSBaseDicomAttributeCollection";
+const std::wstring kFacadeConstructor = kFacade + L"CKivDSDicomAttributeCollection";
+const std::wstring kNarrow = kFacade + L"UpdateMultiFrameScope";
 
 TEST_F(CollectionFramesTest, AFramesCollectionHoldsItsValuesAndItsIndex)
 {
@@ -49,7 +49,7 @@ TEST_F(CollectionFramesTest, AFrameThatCannotBeMadeLeavesWhatWasMade)
     Claim(kPartConstructor, L"Failed to create single frame copy of attribute");
     for (const int index : {-1, 1}) {
         EXPECT_EQ(Show(Facade(*Make("<X1;Z1>"), index, true)), "-");
-        Claim(L"CKivDSEnhancedMFCollection::GetMFCollection", L"Invalid multiframe collection index ");
+        Claim(kEnhanced + L"GetMFCollection", L"Invalid multiframe collection index ");
         Claim(kFacadeConstructor, L"Fail to extract the frame collection from the enhanced MF collection");
     }
 }
@@ -102,7 +102,7 @@ TEST_F(CollectionFramesTest, SplittingGivesAFacadeOfEachPart)
             EXPECT_EQ(source->Split(single, multi, deep), !report);
             const CollectionPtr ownedSingle(single), ownedMulti(multi);
             if (report)
-                Claim(L"CKivDSDicomAttributeCollection::Split", CellAs<std::wstring>(report).c_str());
+                Claim(kFacade + L"Split", CellAs<std::wstring>(report));
             EXPECT_EQ(single ? Show(*single) : "null", singleText ? singleText : "null");
             EXPECT_EQ(multi ? Show(*multi) : "null", multiText ? multiText : "null");
             EXPECT_EQ(Show(*source), sourceText);
@@ -123,8 +123,7 @@ TEST_F(CollectionFramesTest, SingleFramePartsAreUpdatedFromTheLeftOrFromTheRight
         const Facade sharing(*target);
         EXPECT_EQ(target->UpdateSingleFrameCollection(*source, deep), !report);
         if (report)
-            Claim(L"CKivDSDicomAttributeCollection::UpdateSingleFrameCollection",
-                  CellAs<std::wstring>(report).c_str());
+            Claim(kFacade + L"UpdateSingleFrameCollection", CellAs<std::wstring>(report));
         EXPECT_EQ(Show(*target), expected);
         EXPECT_EQ(Show(sharing), deep || *targetText == '-' ? targetText : expected);
         EXPECT_EQ(ScopeOf(*target), scopeText);
@@ -158,8 +157,8 @@ TEST_F(CollectionFramesTest, MergingOverwritesAndTakesTheFirstScope)
         EXPECT_EQ(ClaimAll(), 2u);
         EXPECT_EQ(Show(*merged), "W1");
     }
-    EXPECT_FALSE(Facade::MergeCollections(*Make("X1"), *Make("Y1"), *Make("-")));
-    Claim(L"CKivDSDicomAttributeCollection::MergeCollections", L"Failed to set scope on merged collection");
+    Refused(Facade::MergeCollections(*Make("X1"), *Make("Y1"), *Make("-")), kFacade + L"MergeCollections",
+            L"Failed to set scope on merged collection");
 }
 
 } // namespace

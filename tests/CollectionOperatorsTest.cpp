@@ -9,10 +9,10 @@ namespace {
 class CollectionOperatorsTest : public ReportTest
 {
 protected:
-    void ClaimOperator(const std::string& name, Wide message, int code = 0,
-                       Wide owner = L"CKivDSDicomAttributeCollection::")
+    void ClaimOperator(const std::string& name, const std::wstring& message, int code = 0,
+                       const std::wstring& owner = kFacade)
     {
-        Claim((owner + (L"operator " + std::wstring(name.begin(), name.end()))).c_str(), message, code);
+        Claim(owner + L"operator " + std::wstring(name.begin(), name.end()), message, code);
     }
 };
 
@@ -56,7 +56,7 @@ TEST_F(CollectionOperatorsTest, FramesThatCannotBePairedAreReported)
         EXPECT_EQ(Show(Apply<Facade>(name, *Make(left), *Make(right))), expected);
         ClaimOperator(name,
                       L"Source and destination DACs have different number of frames. Operation is ignored.",
-                      1, L"CKivDSEnhancedMFCollection::");
+                      1, kEnhanced);
     }
 }
 
@@ -76,7 +76,13 @@ TEST_F(CollectionOperatorsTest, OneAndTheSameOperandChangesNothingButEmptiesAPar
         EXPECT_EQ(Show(Apply(name, part, part)), empties ? "" : "M1m X1 Y1pr") << name;
         EXPECT_EQ(ScopeOf(*owner), empties ? "none" : "9") << name;
         EXPECT_TRUE(part.IsMultiFrame());
+        part = std::as_const(part);
+        EXPECT_TRUE(part == part && Show(part) == (empties ? "" : "M1m X1 Y1pr"));
     }
+    const CollectionPtr enhanced = Make("<X1|M1,2;Z1>");
+    *Enhanced(*enhanced) |= *Enhanced(*enhanced);
+    *Enhanced(*enhanced) -= *Enhanced(*enhanced);
+    EXPECT_TRUE(Show(*enhanced) == "<X1|M1,2;Z1>" && Facade(*enhanced) == *enhanced);
     const CollectionPtr a = Make("X1|L1 M1"), b = Make("|M1"); // one part shared, the other not
     EXPECT_EQ(Show(*a -= Facade(SinglePart(*a), MultiPart(*b))), "X1|L1");
 }
@@ -120,13 +126,8 @@ TEST_F(CollectionOperatorsTest, FreeOperatorsGiveNewCollections)
         EXPECT_EQ(Show(*result), expected);
         EXPECT_EQ(result->GetScope(), nullptr);
     }
-    for (const char name : {'/', '^', '|'}) {
-        for (const auto& [a, b, report] :
-             Rows<Txt, Txt, Wide>{{"{X1}", "X1", kCompoundRefused},
-                                  {"X1", "{X1}", kCompoundRefused},
-                                  {"-", "{X1}", kCompoundRefused},
-                                  {"-", "X1", L"Attribute collection not properly initialized"},
-                                  {"X1", "-", L"Attribute collection not properly initialized"}}) {
+    for (const auto& [a, b, report] : Examples<Txt, Txt, std::wstring>("free operators refused")) {
+        for (const char name : {'/', '^', '|'}) {
             EXPECT_EQ(Show(*apply(*Make(a), name, *Make(b))), "");
             ClaimOperator({name}, report, 0, L"");
         }
@@ -179,7 +180,7 @@ TEST_F(CollectionOperatorsTest, AssignmentCopiesInPlace)
         EXPECT_EQ(&(*a = *b), a.get());
         b.reset();
         if (report)
-            ClaimOperator("=", CellAs<std::wstring>(report).c_str());
+            ClaimOperator("=", CellAs<std::wstring>(report));
         EXPECT_EQ(Show(*a), expected);
         EXPECT_EQ(ScopeOf(*a), scope);
         if (SinglePart(*a)) {

@@ -7,7 +7,7 @@ namespace {
 
 using CollectionScopeTest = ReportTest;
 
-constexpr Wide kSetScope = L"CKivDSDicomAttributeCollection::SetScope";
+const std::wstring kSetScope = kFacade + L"SetScope";
 constexpr Wide kRefused = L"Failed to set scope of compound collection";
 
 TEST_F(CollectionScopeTest, AFacadesScopeIsThatOfWhatItHolds)
@@ -68,22 +68,19 @@ TEST_F(CollectionScopeTest, WhatIsTakenOverIsDeletedOnceAndWhatIsCopiedStays)
 
 TEST_F(CollectionScopeTest, OnlyScopeElementsAreKept)
 {
-    const std::wstring part = L"CKivDSBaseDicomAttributeCollection::",
-                       compound = L"CKivDSCompoundCollection::";
     const Wide blanks = L" Unable to initialize the scope object ",
                none = L"Unable to initialize the scope object";
     for (const auto& [form, owner, unsupported, notInitialized] : Rows<Txt, std::wstring, Wide, Wide>{
-             {"X1", part, L" Unsupported scope type", blanks},
-             {"{X1}", compound, L"Unsupported scope type", none},
-             {"<X1;Z1>", part, L" Unsupported scope type", blanks},
+             {"X1", kPart, L" Unsupported scope type", blanks},
+             {"{X1}", kCompound, L"Unsupported scope type", none},
+             {"<X1;Z1>", kPart, L" Unsupported scope type", blanks},
          }) {
         SCOPED_TRACE(form);
         const CollectionPtr facade = Make(form);
         const auto expectRefused = [&, owning = owner, plain = *form == 'X'](CKivIPPScopeC& scope, bool copy,
                                                                              Wide message) {
             SetScope(*facade, "9");
-            EXPECT_FALSE(facade->SetScope(&scope, copy));
-            Claim((owning + L"SetScope").c_str(), message);
+            Refused(facade->SetScope(&scope, copy), owning + L"SetScope", message);
             if (!plain)
                 Claim(kSetScope, kRefused);
             EXPECT_EQ(ScopeOf(*facade), "none");
@@ -96,8 +93,8 @@ TEST_F(CollectionScopeTest, OnlyScopeElementsAreKept)
         expectRefused(*collection, true, notInitialized);
         EXPECT_TRUE(facade->SetScope(collection.release(), false));
         EXPECT_TRUE(!facade->GetScope() && !facade->GetScopeAsCollection());
-        Claim((owner + L"GetScope").c_str(), notInitialized);
-        Claim((owner + L"GetScopeAsCollection").c_str(), blanks);
+        Claim(owner + L"GetScope", notInitialized);
+        Claim(owner + L"GetScopeAsCollection", blanks);
     }
 }
 

@@ -3,8 +3,6 @@
 #include "tests/support/Notation.h"
 #include "tests/support/Reports.h"
 
-#include <functional>
-
 namespace kivds::test {
 namespace {
 
@@ -32,8 +30,8 @@ TEST_F(CollectionTest, EveryFormAnswersEveryQuery)
         expectCount(single, &Facade::GetNumberOfSingleFrameAttributes);
         expectCount(multi, &Facade::GetNumberOfMultiFrameAttributes);
         if (says("compound")) {
-            Claim(L"CKivDSDicomAttributeCollection::GetNumberOfSingleFrameAttributes", kCompoundRefused);
-            Claim(L"CKivDSDicomAttributeCollection::GetNumberOfMultiFrameAttributes", kCompoundRefused);
+            Claim(kFacade + L"GetNumberOfSingleFrameAttributes", kCompoundRefused);
+            Claim(kFacade + L"GetNumberOfMultiFrameAttributes", kCompoundRefused);
         }
         int count = X;
         EXPECT_EQ(facade->GetNumberOfFrames(&count), framesKnown);
@@ -46,27 +44,25 @@ TEST_F(CollectionTest, EveryFormAnswersEveryQuery)
 TEST_F(CollectionTest, ChangesAreRefusedByCompoundAndEmptyFacades)
 {
     const AttributePtr y = MakeAttribute("Y1");
-    for (const auto& [name, run, whenEmpty] : Rows<std::wstring, std::function<bool(Facade&)>, Wide>{
-             {L"AddAttribute", [&](Facade& f) { return f.AddAttribute(y.get(), true); }, nullptr},
-             {L"RemoveAttribute", [](Facade& f) { return f.RemoveAttribute(Tag('X')); },
-              L"Attribute collection not properly initialized"},
-             {L"RemoveAllAttributes", &Facade::RemoveAllAttributes, nullptr},
-             {L"RemoveAllSingleFrameAttributes", &Facade::RemoveAllSingleFrameAttributes, nullptr},
-             {L"RemoveAllMultiFrameAttributes", &Facade::RemoveAllMultiFrameAttributes, nullptr},
-             {L"GetMapPtr", [](Facade& f) { return PartAccess::MapOf(f) != nullptr; }, nullptr},
-             {L"GetMultiFrameMapPtr", [](Facade& f) { return PartAccess::MultiFrameMapOf(f) != nullptr; },
-              nullptr},
-             {L"Dump", [](Facade& f) { return f.Dump(), false; }, nullptr},
-         }) {
-        const std::wstring function = L"CKivDSDicomAttributeCollection::" + name;
-        const CollectionPtr compound = Make("{X1}");
-        EXPECT_FALSE(run(*compound));
-        Claim(function.c_str(), kCompoundRefused);
-        EXPECT_EQ(Show(*compound), "{X1}");
-        EXPECT_FALSE(run(*Make("-")));
-        if (whenEmpty)
-            Claim(function.c_str(), whenEmpty);
-    }
+    const CollectionPtr none = Make("-"), compound = Make("{X1}");
+    Facade& c = *compound;
+    Refused(c.AddAttribute(y.get(), true), kFacade + L"AddAttribute", kCompoundRefused);
+    Refused(c.RemoveAttribute(Tag('X')), kFacade + L"RemoveAttribute", kCompoundRefused);
+    Refused(c.RemoveAllAttributes(), kFacade + L"RemoveAllAttributes", kCompoundRefused);
+    Refused(c.RemoveAllSingleFrameAttributes(), kFacade + L"RemoveAllSingleFrameAttributes",
+            kCompoundRefused);
+    Refused(c.RemoveAllMultiFrameAttributes(), kFacade + L"RemoveAllMultiFrameAttributes", kCompoundRefused);
+    Refused(PartAccess::MapOf(c), kFacade + L"GetMapPtr", kCompoundRefused);
+    Refused(PartAccess::MultiFrameMapOf(c), kFacade + L"GetMultiFrameMapPtr", kCompoundRefused);
+    c.Dump();
+    Claim(kFacade + L"Dump", kCompoundRefused);
+    EXPECT_EQ(Show(c), "{X1}");
+    none->Dump();
+    EXPECT_FALSE(none->AddAttribute(y.get(), true) || none->RemoveAllAttributes() ||
+                 none->RemoveAllSingleFrameAttributes() || none->RemoveAllMultiFrameAttributes() ||
+                 PartAccess::MapOf(*none) || PartAccess::MultiFrameMapOf(*none));
+    Refused(none->RemoveAttribute(Tag('X')), kFacade + L"RemoveAttribute",
+            L"Attribute collection not properly initialized");
 }
 
 TEST_F(CollectionTest, AddingReplacesOrAccumulatesAndDeletesWhatItDoesNotKeep)
@@ -92,6 +88,16 @@ TEST_F(CollectionTest, AddingReplacesOrAccumulatesAndDeletesWhatItDoesNotKeep)
     EXPECT_EQ(Show(*facade), "X1");
 }
 
+TEST_F(CollectionTest, AnAttributeThatBecomesMultiFrameWhileItIsHeldStaysWhereItIs)
+{
+    const CollectionPtr collection = Make("X1 M1,2|");
+    CKivDSDicomAttribute* held = nullptr;
+    ASSERT_TRUE(collection->GetAttributePtr(Tag('M'), &held, true, false));
+    held->SetMultiFrameInfo(1, 2);
+    EXPECT_TRUE(collection->AddAttribute(held, true) && collection->AddAttribute(held, false));
+    EXPECT_EQ(Show(*collection), "M1,2m X1|");
+}
+
 TEST_F(CollectionTest, OnlyThePlainPathOfAddingSetsThePartsMultiFrameFlag)
 {
     for (const bool merge : {false, true}) {
@@ -108,18 +114,13 @@ TEST_F(CollectionTest, OnlyThePlainPathOfAddingSetsThePartsMultiFrameFlag)
 
 TEST_F(CollectionTest, RemovalSparesWhatIsPrivateButForThePartsMultiFrameRemoval)
 {
-    using Remove = bool (Facade::*)();
-    for (const auto& [remove, before, after, done] : Rows<Remove, Txt, Txt, bool>{
-             {&Facade::RemoveAllAttributes, "X1 Y2p|M1,2 K1p", "Y2p|K1p", true},
-             {&Facade::RemoveAllAttributes, "X1m Y1", "", true},
-             {&Facade::RemoveAllSingleFrameAttributes, "X1 Y2p|M1,2", "Y2p|M1,2", true},
-             {&Facade::RemoveAllMultiFrameAttributes, "X1|M1 K1p #1prs", "X1|K1p #1prs", true},
-             {&Facade::RemoveAllMultiFrameAttributes, "X1", "X1", false},
-             {&Facade::RemoveAllAttributes, "<X1 Y1p|M1;Z1>", "<Y1p|;Z1>", true},
-             {&Facade::RemoveAllSingleFrameAttributes, "W1<X1|M1;Z1>", "W1<|M1;Z1>", true},
-         }) {
+    for (const auto& [which, before, after, done] : Examples<char, Txt, Txt, bool>("removing")) {
         const CollectionPtr facade = Make(before);
-        EXPECT_EQ(((*facade).*remove)(), done) << before;
+        EXPECT_EQ(which == 'a'   ? facade->RemoveAllAttributes()
+                  : which == 's' ? facade->RemoveAllSingleFrameAttributes()
+                                 : facade->RemoveAllMultiFrameAttributes(),
+                  done)
+            << before;
         EXPECT_EQ(Show(*facade), after);
     }
     const CollectionPtr mixed = Make("X1 Y1p K1m L1pm");
@@ -134,9 +135,8 @@ TEST_F(CollectionTest, RemovalSparesWhatIsPrivateButForThePartsMultiFrameRemoval
     EXPECT_EQ(Show(part), "Y1p");
 
     const CollectionPtr both = Make("X1|X2 M3");
-    for (const Txt left : {"|M3 X2", "|M3", "|M3"}) {
-        const std::string before = Show(*both);
-        EXPECT_EQ(both->RemoveAttribute(Tag('X')), before != left);
+    for (const auto& [done, left] : {std::pair(true, "|M3 X2"), {true, "|M3"}, {false, "|M3"}}) {
+        EXPECT_EQ(both->RemoveAttribute(Tag('X')), done);
         EXPECT_EQ(Show(*both), left);
     }
 }
@@ -174,17 +174,14 @@ TEST_F(CollectionTest, PartsReportNullPointersAndMissesLeaveNull)
     {
         bool GetTag(unsigned long*) const override { return false; }
     } nameless;
-    const auto expectReport = [this](bool done, const std::wstring& name, Wide message) {
-        EXPECT_FALSE(done);
-        Claim((L"CKivDSBaseDicomAttributeCollection::" + name).c_str(), message);
-    };
-    const Wide nullOutput = L" Null output pointer parameter ";
-    expectReport(part.GetAttribute(Tag('X'), nullptr), L"GetAttribute", nullOutput);
-    expectReport(part.GetAttributePtr(Tag('X'), nullptr), L"GetAttributePtr", nullOutput);
-    expectReport(part.GetNumberOfAttributes(nullptr), L"GetNumberOfAttributes", nullOutput);
-    expectReport(part.AddAttribute(nullptr, true), L"AddAttribute", L" Null input parameter ");
-    expectReport(Make("")->AddAttribute(nullptr, true), L"AddAttribute", L" Null input parameter ");
-    expectReport(part.AddAttribute(&nameless, true), L"AddAttribute", L" Unable to retrieve attribute tag ");
+    const Wide noOutput = L" Null output pointer parameter ", noInput = L" Null input parameter ";
+    Refused(part.GetAttribute(Tag('X'), nullptr), kPart + L"GetAttribute", noOutput);
+    Refused(part.GetAttributePtr(Tag('X'), nullptr), kPart + L"GetAttributePtr", noOutput);
+    Refused(part.GetNumberOfAttributes(nullptr), kPart + L"GetNumberOfAttributes", noOutput);
+    Refused(part.AddAttribute(nullptr, true), kPart + L"AddAttribute", noInput);
+    Refused(Make("")->AddAttribute(nullptr, true), kPart + L"AddAttribute", noInput);
+    Refused(part.AddAttribute(&nameless, true), kPart + L"AddAttribute",
+            L" Unable to retrieve attribute tag ");
 }
 
 TEST_F(CollectionTest, AFrameCountThatCannotBeReadIsReported)
@@ -205,8 +202,7 @@ TEST_F(CollectionTest, AFrameCountThatCannotBeReadIsReported)
     EXPECT_EQ(frames(Attribute(Tag('N'), LO, "12345")), -1);
     EXPECT_EQ(frames(Attribute(Tag('N'), US, std::string_view("\7\0", 2))), -1);
     for (int i = 0; i < 3; ++i)
-        Claim(L"CKivDSBaseDicomAttributeCollection::GetNumberOfFrames",
-              L"Failed to retrieve the number of image frames");
+        Claim(kPart + L"GetNumberOfFrames", L"Failed to retrieve the number of image frames");
 }
 
 TEST_F(CollectionTest, ShallowCopiesShareAndDeepCopiesDoNot)

@@ -21,17 +21,14 @@ TEST_F(CompoundCollectionTest, AnEmptyOneAnswersWithNothing)
                  compound.HasAttribute(Tag('X'), true, true));
     EXPECT_TRUE(NothingReported());
     for (const int index : {-1, 0}) {
-        EXPECT_EQ(compound.GetCollection(index, false), nullptr);
-        Claim(L"CKivDSCompoundCollection::GetCollection", L"Collection index out of range");
+        Refused(compound.GetCollection(index, false), kCompound + L"GetCollection",
+                L"Collection index out of range");
     }
-    for (const auto& [name, done] :
-         {std::pair<Wide, bool>(L"GetAttribute", compound.GetAttribute(0, nullptr, true, true)),
-          {L"GetAttributePtr", compound.GetAttributePtr(0, nullptr, true, true)},
-          {L"GetNumberOfAttributes", compound.GetNumberOfAttributes(nullptr)},
-          {L"GetNumberOfFrames", compound.GetNumberOfFrames(nullptr)}}) {
-        EXPECT_FALSE(done);
-        Claim((std::wstring(L"CKivDSCompoundCollection::") + name).c_str(), L"Null output pointer parameter");
-    }
+    const Wide noOutput = L"Null output pointer parameter";
+    Refused(compound.GetAttribute(0, nullptr, true, true), kCompound + L"GetAttribute", noOutput);
+    Refused(compound.GetAttributePtr(0, nullptr, true, true), kCompound + L"GetAttributePtr", noOutput);
+    Refused(compound.GetNumberOfAttributes(nullptr), kCompound + L"GetNumberOfAttributes", noOutput);
+    Refused(compound.GetNumberOfFrames(nullptr), kCompound + L"GetNumberOfFrames", noOutput);
 }
 
 TEST_F(CompoundCollectionTest, MembersShareOrCopyAndNeverNest)
@@ -49,35 +46,31 @@ TEST_F(CompoundCollectionTest, MembersShareOrCopyAndNeverNest)
     Add(*shallow, MakeAttribute("W1"));
     EXPECT_EQ(Show(*facade), "{W1 X1 Y1;X1}");
 
-    EXPECT_FALSE(compound.AddCollection(nullptr, false));
-    Claim(L"CKivDSCompoundCollection::AddCollection", L"Null input pointer parameter");
-    EXPECT_FALSE(compound.AddCollection(Make("{X1}").get(), true));
-    Claim(L"CKivDSCompoundCollection::AddCollection",
-          L"Using a compound collection inside a compound collection");
+    Refused(compound.AddCollection(nullptr, false), kCompound + L"AddCollection",
+            L"Null input pointer parameter");
+    Refused(compound.AddCollection(Make("{X1}").get(), true), kCompound + L"AddCollection",
+            L"Using a compound collection inside a compound collection");
     EXPECT_EQ(compound.GetNumberOfCollections(), 2);
 }
 
 TEST_F(CompoundCollectionTest, CopyingAndAssigningTakeMembersAndScope)
 {
-    const CollectionPtr facade = Make("{X1;Y1|M1}");
-    CKivDSCompoundCollection& source = *Compound(*facade);
-    SetScope(source, "9");
-    const auto shownWithNewMemberAttribute = [&](CKivDSCompoundCollection* copy) {
+    for (const Txt how : {"shallow", "deep", "assigned"}) {
+        const CollectionPtr facade = Make("{X1;Y1|M1}");
+        CKivDSCompoundCollection& source = *Compound(*facade);
+        SetScope(source, "9");
+        auto* const copy = *how == 's'   ? new CKivDSCompoundCollection(source)
+                           : *how == 'd' ? new CKivDSCompoundCollection(source, true)
+                                         : new CKivDSCompoundCollection;
         const Facade owner(copy);
-        const CollectionPtr member(source.GetCollection(0, false));
-        Add(*member, MakeAttribute("Z1"));
-        const std::string shown = Show(owner) + ScopeOf(owner);
-        EXPECT_TRUE(member->RemoveAttribute(Tag('Z')));
-        return shown;
-    };
-    EXPECT_EQ(shownWithNewMemberAttribute(new CKivDSCompoundCollection(source)), "{X1 Z1;Y1|M1}9");
-    EXPECT_EQ(shownWithNewMemberAttribute(new CKivDSCompoundCollection(source, true)), "{X1;Y1|M1}9");
-    auto assigned = std::make_unique<CKivDSCompoundCollection>();
-    EXPECT_TRUE(assigned->AddCollection(Make("W1").get(), true));
-    *assigned = source;
-    CKivDSCompoundCollection& itself = *assigned;
-    *assigned = itself;
-    EXPECT_EQ(shownWithNewMemberAttribute(assigned.release()), "{X1;Y1|M1}9");
+        if (*how == 'a') {
+            EXPECT_TRUE(copy->AddCollection(Make("W1").get(), true));
+            const CKivDSCompoundCollection& itself = *copy = source;
+            *copy = itself;
+        }
+        Add(*CollectionPtr(source.GetCollection(0, false)), MakeAttribute("Z1"));
+        EXPECT_EQ(Show(owner) + ScopeOf(owner), *how == 's' ? "{X1 Z1;Y1|M1}9" : "{X1;Y1|M1}9") << how;
+    }
 }
 
 TEST_F(CompoundCollectionTest, AppendingTakesEveryMemberInOrder)
@@ -91,13 +84,11 @@ TEST_F(CompoundCollectionTest, AppendingTakesEveryMemberInOrder)
     Add(*CollectionPtr(Compound(*source)->GetCollection(0, false)), MakeAttribute("Z1"));
     EXPECT_TRUE(compound.AppendCompoundCollection(target.get(), true)); // itself: the members of before
     EXPECT_EQ(Show(*target), "{X1;Y1 Z1;Y2;Y3|M1;X1;Y1 Z1;Y2;Y3|M1}");
-    const Wide function = L"CKivDSCompoundCollection::AppendCompoundCollection";
-    EXPECT_FALSE(compound.AppendCompoundCollection(nullptr, false));
-    Claim(function, L"Bad arg");
+    const std::wstring function = kCompound + L"AppendCompoundCollection";
+    Refused(compound.AppendCompoundCollection(nullptr, false), function, L"Bad arg");
     const CollectionPtr plain = Make("X1");
     for (Facade* const bodiless : {static_cast<Facade*>(&compound), plain.get()}) {
-        EXPECT_FALSE(compound.AppendCompoundCollection(bodiless, false));
-        Claim(function, L"Bad arg body");
+        Refused(compound.AppendCompoundCollection(bodiless, false), function, L"Bad arg body");
     }
     struct Refusing : CKivDSCompoundCollection
     {
@@ -106,8 +97,7 @@ TEST_F(CompoundCollectionTest, AppendingTakesEveryMemberInOrder)
             return GetNumberOfCollections() < 2 && CKivDSCompoundCollection::AddCollection(collection, deep);
         }
     } refusing;
-    EXPECT_FALSE(refusing.AppendCompoundCollection(source.get(), false));
-    Claim(function, L"Unable to append coll ");
+    Refused(refusing.AppendCompoundCollection(source.get(), false), function, L"Unable to append coll ");
     EXPECT_EQ(refusing.GetNumberOfCollections(), 2);
 }
 
@@ -133,17 +123,15 @@ TEST_F(CompoundCollectionTest, FlatteningUnitesTheMembersInPlace)
     EXPECT_EQ(Facade::ConvertCompoundToFlatCollection(*flat), nullptr);
     EXPECT_TRUE(NothingReported());
 
-    const Wide function = L"CKivDSDicomAttributeCollection::AddCompoundCollection";
-    EXPECT_FALSE(flat->AddCompoundCollection(nullptr));
-    Claim(function, L"Null input collection as input");
-    EXPECT_FALSE(flat->AddCompoundCollection(flat.get()));
-    Claim(function, L"Bad input parameter: the input collection is not compounded ");
-    EXPECT_FALSE(flat->AddCompoundCollection(Compound(*compound)));
-    Claim(function, L"Null compound collection inner object ");
-    EXPECT_EQ(Facade::ConvertCompoundToFlatCollection(*Make("{}")), nullptr);
-    Claim(function, L"Bad input parameter: the compound collection is empty ");
-    Claim(L"CKivDSDicomAttributeCollection::ConvertCompoundToFlatCollection",
-          L"Failed to add compound collection");
+    const std::wstring function = kFacade + L"AddCompoundCollection";
+    Refused(flat->AddCompoundCollection(nullptr), function, L"Null input collection as input");
+    Refused(flat->AddCompoundCollection(flat.get()), function,
+            L"Bad input parameter: the input collection is not compounded ");
+    Refused(flat->AddCompoundCollection(Compound(*compound)), function,
+            L"Null compound collection inner object ");
+    Refused(Facade::ConvertCompoundToFlatCollection(*Make("{}")), function,
+            L"Bad input parameter: the compound collection is empty ");
+    Claim(kFacade + L"ConvertCompoundToFlatCollection", L"Failed to add compound collection");
     EXPECT_EQ(Show(*flat), "X1");
 }
 

@@ -15,14 +15,6 @@
 namespace kivds::test {
 namespace {
 
-std::string Int(std::uint32_t number)
-{
-    std::string bytes;
-    for (int shift = 0; shift < 32; shift += 8)
-        bytes += static_cast<char>(number >> shift & 0xFF);
-    return bytes;
-}
-
 std::uint32_t IntAt(std::string_view bytes, std::size_t at)
 {
     std::uint32_t number = 0;

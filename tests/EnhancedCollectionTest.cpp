@@ -26,33 +26,28 @@ TEST_F(EnhancedCollectionTest, CollectionsAreSharedOrCopied)
     EXPECT_EQ(addedTo(false), "<X2|M1;Y1;Z2>");
     EXPECT_EQ(addedTo(true), "<X1|M1;Y1;Z1>");
 
-    const auto copied = [](auto copy) {
-        const CollectionPtr facade = Make("<X1|M1;Y1;Z1>");
+    for (const Txt how : {"shallow", "deep", "assigned"}) {
+        const CollectionPtr facade = Make("<X1|M1;Y1>"), frame = Make("Z1");
         CKivDSEnhancedMFCollection& source = *Enhanced(*facade);
+        EXPECT_TRUE(source.AddMFCollection(frame.get(), false));
         SetScope(source, "9");
-        const Facade owner(copy(source));
+        auto* const copy = *how == 's'   ? new CKivDSEnhancedMFCollection(source)
+                           : *how == 'd' ? new CKivDSEnhancedMFCollection(source, true)
+                                         : new CKivDSEnhancedMFCollection;
+        const Facade owner(copy);
+        if (*how == 'a') {
+            EXPECT_TRUE(copy->AddMFCollection(Make("Q1").get(), true));
+            const CKivDSEnhancedMFCollection& itself = *copy = source;
+            *copy = itself;
+        }
         Add(*facade, MakeAttribute("X2"));
+        Add(*frame, MakeAttribute("Z2"));
         EXPECT_TRUE(source.AddMFCollection(Make("W1").get(), false));
-        return Show(owner) + ScopeOf(owner);
-    };
-    using Source = const CKivDSEnhancedMFCollection&;
-    EXPECT_EQ(copied([](Source source) { return new CKivDSEnhancedMFCollection(source); }), "<X2|M1;Y1;Z1>9");
-    EXPECT_EQ(copied([](Source source) { return new CKivDSEnhancedMFCollection(source, true); }),
-              "<X1|M1;Y1;Z1>9");
-    EXPECT_EQ(copied([](Source source) {
-                  auto assigned = std::make_unique<CKivDSEnhancedMFCollection>();
-                  EXPECT_TRUE(assigned->AddMFCollection(Make("Q1").get(), true));
-                  *assigned = source;
-                  CKivDSEnhancedMFCollection& itself = *assigned;
-                  *assigned = itself;
-                  return assigned.release();
-              }),
-              "<X1|M1;Y1;Z1>9");
+        EXPECT_EQ(Show(owner) + ScopeOf(owner), *how == 's' ? "<X2|M1;Y1;Z2>9" : "<X1|M1;Y1;Z1>9") << how;
+    }
     CKivDSEnhancedMFCollection enhanced;
-    EXPECT_FALSE(enhanced.AddCollection(nullptr, false));
-    Claim(L"CKivDSEnhancedMFCollection::AddCollection", kNullCollection);
-    EXPECT_FALSE(enhanced.AddMFCollection(nullptr, false));
-    Claim(L"CKivDSEnhancedMFCollection::AddMFCollection", kNullCollection);
+    Refused(enhanced.AddCollection(nullptr, false), kEnhanced + L"AddCollection", kNullCollection);
+    Refused(enhanced.AddMFCollection(nullptr, false), kEnhanced + L"AddMFCollection", kNullCollection);
 }
 
 TEST_F(EnhancedCollectionTest, NoneIsPutIntoItself)
@@ -61,18 +56,18 @@ TEST_F(EnhancedCollectionTest, NoneIsPutIntoItself)
         const CollectionPtr facade = Make(form);
         EXPECT_TRUE(Enhanced(*facade)->AddCollection(facade.get(), false));
         EXPECT_EQ(Enhanced(static_cast<const Facade&>(*Enhanced(*facade))), nullptr) << form;
-        EXPECT_FALSE(Enhanced(*facade)->AddMFCollection(facade.get(), true));
-        Claim(L"CKivDSEnhancedMFCollection::AddMFCollection", kEnhancedRefused);
+        Refused(Enhanced(*facade)->AddMFCollection(facade.get(), true), kEnhanced + L"AddMFCollection",
+                kEnhancedRefused);
     }
     const CollectionPtr facade = Make("{<X1;Z1>}");
     const CollectionPtr member(Compound(*facade)->GetCollection(0, false));
-    EXPECT_FALSE(Enhanced(*member)->AddMFCollection(facade.get(), false));
-    Claim(L"CKivDSEnhancedMFCollection::AddMFCollection", kEnhancedRefused);
+    Refused(Enhanced(*member)->AddMFCollection(facade.get(), false), kEnhanced + L"AddMFCollection",
+            kEnhancedRefused);
     EXPECT_TRUE(Enhanced(*member)->AddMFCollection(Make("{X1}").get(), false));
 
-    for (const auto& [form, holders, refusing] : Rows<Txt, int, Wide>{
-             {"<X1>", 2, L"CKivDSEnhancedMFCollection::operator |="},           // would get the frames
-             {"<X1;Z1>", 3, L"CKivDSDicomAttributeCollection::operator |="}}) { // whose frame would get them
+    for (const auto& [form, holders, refusing] : Rows<Txt, int, std::wstring>{
+             {"<X1>", 2, kEnhanced + L"operator |="},     // would get the frames
+             {"<X1;Z1>", 3, kFacade + L"operator |="}}) { // whose frame would get them
         const CollectionPtr held = Make(form);
         CollectionPtr outermost(Facade::CreateCollection(held.get(), false));
         for (int i = 0; i < holders; ++i) {
@@ -95,8 +90,7 @@ TEST_F(EnhancedCollectionTest, TheRegularCollectionIsHandedOut)
         EXPECT_EQ(MultiPart(*regular) == MultiPart(*Enhanced(*facade)), !deep);
     }
     CKivDSEnhancedMFCollection none;
-    EXPECT_EQ(none.GetCollection(true), nullptr);
-    Claim(L"CKivDSEnhancedMFCollection::GetCollection", L"Object not properly initialized ");
+    Refused(none.GetCollection(true), kEnhanced + L"GetCollection", L"Object not properly initialized ");
 }
 
 TEST_F(EnhancedCollectionTest, AFramesCompleteCollectionUnitesRegularAndOwnAttributes)
@@ -113,8 +107,8 @@ TEST_F(EnhancedCollectionTest, AFramesCompleteCollectionUnitesRegularAndOwnAttri
     Add(*text, Attribute(0x00280008, LO, "12345"));
     EXPECT_EQ(Text(*CollectionPtr(Enhanced(*text)->GetMFCollection(0))), "(0028,0008)=[12345]");
     for (const int index : {-1, 1}) {
-        EXPECT_EQ(Enhanced(*text)->GetMFCollection(index), nullptr);
-        Claim(L"CKivDSEnhancedMFCollection::GetMFCollection", L"Invalid multiframe collection index ");
+        Refused(Enhanced(*text)->GetMFCollection(index), kEnhanced + L"GetMFCollection",
+                L"Invalid multiframe collection index ");
     }
 }
 
@@ -155,19 +149,18 @@ TEST_F(EnhancedCollectionTest, WhatCannotBeWrittenIsReported)
         for (Facade* const object : {static_cast<Facade*>(Enhanced(*facade)), facade.get()}) {
             int size = 77;
             EXPECT_TRUE(object->Serialize(nullptr, size));
-            Claim(L"CKivDSEnhancedMFCollection::GetSize", onLength);
+            Claim(kEnhanced + L"GetSize", onLength);
             EXPECT_EQ(size, 0);
             size = 77;
-            EXPECT_FALSE(object->Serialize(buffer, size));
-            Claim(L"CKivDSEnhancedMFCollection::Serialize", onWriting);
+            Refused(object->Serialize(buffer, size), kEnhanced + L"Serialize", onWriting);
             EXPECT_EQ(size, 77);
         }
     }
     const CollectionPtr members = Make("<X1;{Y1}>");
     int size = 77;
     EXPECT_TRUE(members->Serialize(nullptr, size));
-    Claim(L"CKivDSDicomAttributeCollection::Serialize", kCompoundRefused);
-    Claim(L"CKivDSEnhancedMFCollection::GetSize", L"Failed to get the size of the emf collection");
+    Claim(kFacade + L"Serialize", kCompoundRefused);
+    Claim(kEnhanced + L"GetSize", L"Failed to get the size of the emf collection");
     EXPECT_EQ(size, 0);
 }
 

@@ -43,10 +43,8 @@ TEST_F(IteratorTest, FlagsSelectThePartsToWalk)
     }
     const CollectionPtr empty = Make("{}");
     Iterator iterator(*empty, true, true);
-    Claim(L"CKivDSDicomAttributeCollection::AddCompoundCollection",
-          L"Bad input parameter: the compound collection is empty ");
-    EXPECT_EQ(iterator.GetFirstAttribute(), nullptr);
-    Claim(kFirst, kNotInitialized);
+    Claim(kFacade + L"AddCompoundCollection", L"Bad input parameter: the compound collection is empty ");
+    Refused(iterator.GetFirstAttribute(), kFirst, kNotInitialized);
     EXPECT_EQ(iterator.GetNextAttribute(), nullptr);
 }
 

@@ -12,6 +12,8 @@
 namespace kivds::test {
 namespace {
 
+const std::wstring kList = L"CKivDSScriptVersion::";
+
 class ScriptVersionTest : public ReportTest
 {
 protected:
@@ -51,16 +53,13 @@ TEST_F(ScriptVersionTest, RangesWidenAndModalitiesAreOrderedByByte)
     EXPECT_EQ(lowest + highest, 0u);
     EXPECT_TRUE(NothingReported());
     lowest = highest = 77;
-    EXPECT_FALSE(list.GetVersion(nullptr, lowest, highest));
-    Claim(L"CKivDSScriptVersion::GetVersion", L"Invalid modality string");
+    Refused(list.GetVersion(nullptr, lowest, highest), kList + L"GetVersion", L"Invalid modality string");
     EXPECT_EQ(lowest + highest, 154u);
-    EXPECT_FALSE(list.AddVersion(nullptr, 1));
-    Claim(L"CKivDSScriptVersion::AddVersion", L"Invalid modality string");
+    Refused(list.AddVersion(nullptr, 1), kList + L"AddVersion", L"Invalid modality string");
     char modality[64];
     for (const auto& [index, buffer] : {std::pair(-1, modality), {2, modality}, {0, nullptr}}) {
         lowest = highest = 77;
-        EXPECT_FALSE(list.GetVersion(index, buffer, lowest, highest));
-        Claim(L"CKivDSScriptVersion::GetVersion", L"Invalid index ");
+        Refused(list.GetVersion(index, buffer, lowest, highest), kList + L"GetVersion", L"Invalid index ");
         EXPECT_EQ(lowest + highest, 0u);
     }
     char room[65];
@@ -91,13 +90,13 @@ TEST_F(ScriptVersionTest, WhatCannotBeWrittenIsReported)
     EXPECT_EQ(List({}).Serialize(buffer), 12);
     EXPECT_EQ(Hex({buffer, 12}), Hex(Bytes("FFFFFFFF 00000000 0C000000")));
     EXPECT_EQ(List({}).Serialize(nullptr), 0);
-    Claim(L"CKivDSScriptVersion::Serialize", L"Invalid serialization stream");
+    Claim(kList + L"Serialize", L"Invalid serialization stream");
     struct Lying : CKivDSScriptVersion
     {
         int GetSerializationSize() const override { return 13; }
     };
     EXPECT_EQ(Lying().Serialize(buffer), 0);
-    Claim(L"CKivDSScriptVersion::Serialize", L"Inconsistent serialization format: serialization aborted ");
+    Claim(kList + L"Serialize", L"Inconsistent serialization format: serialization aborted ");
 }
 
 TEST_F(ScriptVersionTest, ReadingReplacesTheListAndRefusingEmptiesIt)
@@ -115,8 +114,7 @@ TEST_F(ScriptVersionTest, ReadingReplacesTheListAndRefusingEmptiesIt)
         EXPECT_EQ(list.Deserialize(stream.data(), tooShort), 0);
         EXPECT_EQ(Show(list), "");
     }
-    for (int i = 0; i < 6; ++i)
-        Claim(L"CKivDSScriptVersion::Deserialize", L"Invalid deserialization stream");
+    EXPECT_EQ(ClaimAll(), 6u); // words: tests/streams.md
 }
 
 } // namespace

@@ -1,13 +1,10 @@
-// Subscriptions: order, repetition, failures, and several threads at once.
+// Subscriptions: order, repetition, failures. Several threads at once: ThreadsTest.cpp.
 #include "foundation/CKivDSSubscriber.h"
 
 #include "tests/support/Attributes.h"
 
-#include <atomic>
-#include <chrono>
 #include <functional>
 #include <stdexcept>
-#include <thread>
 
 namespace kivds::test {
 namespace {
@@ -87,27 +84,6 @@ TEST_F(SubscriberTest, AFailureEndsTheSubscriptionOrTheWalkAndTheLockIsFreeAgain
          {L"CKivDSSubscriber::NotifySubscribers2", L"Unexpected error while notifying the subscribers ", 0}});
     EXPECT_TRUE(m_Subject.Unsubscribe(&m_B));
     EXPECT_EQ(Notified(), "ac");
-}
-
-TEST_F(SubscriberTest, ThreadsThatStillNotifyAreWaitedForByTheDestructor)
-{
-    for (int round = 0; round < 50; ++round) { // the notifier's last steps run beside the destructor's
-        std::atomic<bool> entered{false};
-        int done = 0; // plain: the destructor's lock orders it before the read below
-        m_A.m_OnNotify = [&](CKivDSBase*, int, long, long) {
-            entered = true;
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
-            ++done;
-        };
-        auto subject = std::make_unique<Subject>();
-        subject->Subscribe(&m_A);
-        std::thread notifier([pSubject = subject.get()] { pSubject->NotifySubscribers(1, 0, 0); });
-        while (!entered)
-            std::this_thread::yield();
-        subject.reset();
-        EXPECT_EQ(done, 1);
-        notifier.join();
-    }
 }
 
 } // namespace

@@ -22,16 +22,7 @@ void Add(CKivDSDicomAttributeCollection& collection, unsigned long tag, int code
 
 int main()
 {
-    enum : int
-    {
-        CS = 3,
-        DS = 6,
-        FL = 8,
-        LO = 10,
-        SQ = 16,
-        US = 22,
-        UN = 23
-    };
+    constexpr int CS = 3, DS = 6, LO = 10, SQ = 16, US = 22, UN = 23;
 
     CKivDSDicomAttributeCollection plain;
     Add(plain, 0x00100020, LO, "P-007\\M\xFCller");

@@ -6,6 +6,7 @@
 #include "platform/CKivIPPScopeItemFactory.h"
 #include "tests/support/Build.h"
 #include "tests/support/FailingNew.h"
+#include "tests/support/GuardedBytes.h"
 #include "tests/support/Reports.h"
 
 #include <algorithm>
@@ -20,11 +21,12 @@
 namespace kivds::test {
 
 /// A report of the attribute's `operation`, named without the class.
-inline Report Of(const wchar_t* operation, const wchar_t* message, int code = 0)
+inline Report Of(const std::wstring& operation, const std::wstring& message, int code = 0)
 {
-    return {std::wstring(L"CKivDSDicomAttribute::") + operation, message, code};
+    return {L"CKivDSDicomAttribute::" + operation, message, code};
 }
-inline const Report kNoArray{L"GetNewAttributeValueArray", L"Failed to allocate new attibute value", 0};
+inline const Report kOtherTypes{L"operator <",
+                                L"Attempt to quantitatively compare attribute values of different type", 1};
 
 class AttributeTest : public ReportTest
 {
@@ -33,7 +35,7 @@ protected:
     void ClaimEach(const std::vector<Report>& reports)
     {
         for (const Report& report : reports)
-            Claim(report.m_Function.c_str(), report.m_Message.c_str(), report.m_nCode);
+            Claim(report.m_Function, report.m_Message, report.m_nCode);
         EXPECT_TRUE(NothingReported());
     }
 };
@@ -74,23 +76,6 @@ inline std::vector<std::string> Parts(std::string_view text)
     return parts;
 }
 
-/// Bytes in a heap block of exactly their length, so that a read past them is noticed.
-class Exact
-{
-public:
-    explicit Exact(std::string_view bytes)
-        : m_Block(new char[bytes.size()]), m_Size(static_cast<int>(bytes.size()))
-    {
-        std::copy(bytes.begin(), bytes.end(), m_Block.get());
-    }
-    const char* Data() const { return m_Block.get(); }
-    int Size() const { return m_Size; }
-
-private:
-    std::unique_ptr<char[]> m_Block;
-    int m_Size;
-};
-
 /// A value record with elements of its own.
 class Value
 {
@@ -98,8 +83,7 @@ public:
     template <class T>
     Value(std::initializer_list<T> elements, int index = 0)
         : m_Block({reinterpret_cast<const char*>(elements.begin()), elements.size() * sizeof(T)}),
-          m_Record{static_cast<int>(elements.size()), ElementTypeOf<T>::value, index,
-                   const_cast<char*>(m_Block.Data())}
+          m_Record{static_cast<int>(elements.size()), ElementTypeOf<T>::value, index, m_Block.Data()}
     {
     }
     SKivAGAttributeValue& Record() { return m_Record; }

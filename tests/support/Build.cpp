@@ -9,14 +9,6 @@
 
 namespace kivds::test {
 
-int CodeOf(std::string_view representation)
-{
-    constexpr std::string_view names =
-        "AE AS AT CS DA ?? DS FD FL IS LO LT UT ?? SH SL SQ SS ST TM UI UL US UN ?? ?? PN OB OW ?? DT";
-    const std::size_t at = names.find(representation);
-    return at == names.npos ? std::stoi(std::string(representation)) : static_cast<int>(at / 3);
-}
-
 AttributePtr Attribute(unsigned long tag, int representation, std::string_view bytes, bool mustReplicate,
                        int inSequenceIndex, int expectedCount)
 {

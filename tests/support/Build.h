@@ -17,8 +17,6 @@ using CollectionPtr = std::unique_ptr<CKivDSDicomAttributeCollection>;
 constexpr int AE = 0, AS = 1, AT = 2, CS = 3, DA = 4, DS = 6, FD = 7, FL = 8, IS = 9, LO = 10, LT = 11,
               SH = 14, SL = 15, SQ = 16, SS = 17, TM = 19, UI = 20, UL = 21, US = 22, UN = 23, PN = 26,
               OB = 27, OW = 28, DT = 30;
-/// The representation code of "AE" to "DT", or of a number.
-int CodeOf(std::string_view representation);
 
 /// An attribute initialised from an element's bytes, as files hold them.
 AttributePtr Attribute(unsigned long tag, int representation, std::string_view bytes,

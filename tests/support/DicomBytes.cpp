@@ -46,12 +46,6 @@ std::string DicomBytes(std::string_view dataSet, std::string_view syntax)
         .append(dataSet);
 }
 
-std::string ReadBytes(const fs::path& path)
-{
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
 TestFolder::TestFolder()
 {
     std::random_device random;

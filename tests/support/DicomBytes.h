@@ -21,8 +21,6 @@ constexpr const char* kExplicit = "1.2.840.10008.1.2.1";
 /// A file of preamble, file meta information and this data set.
 std::string DicomBytes(std::string_view dataSet, std::string_view syntax = kExplicit);
 
-std::string ReadBytes(const std::filesystem::path& path);
-
 class TestFolder
 {
 public:

@@ -18,7 +18,6 @@ struct State
     long m_nFailing = -1;
     long m_nCount = 0;
     long long m_nBytes = 0;
-    long long m_nLargest = 0;
 };
 
 thread_local State t_State;
@@ -32,9 +31,7 @@ bool Fails(std::size_t size) noexcept
         return false;
     const long number = state.m_nCount++;
     constexpr auto most = static_cast<std::size_t>(std::numeric_limits<long long>::max() / 4);
-    const auto bytes = static_cast<long long>(std::min(size, most));
-    state.m_nBytes += bytes;
-    state.m_nLargest = std::max(state.m_nLargest, bytes);
+    state.m_nBytes += static_cast<long long>(std::min(size, most));
     const bool later = state.m_bLaterFail && number > state.m_nFailing;
     const bool fails = state.m_nFailing >= 0 && (number == state.m_nFailing || later);
     state.m_bFailed = state.m_bFailed || fails;
@@ -109,7 +106,6 @@ Allocations::~Allocations()
 // clang-format off
 long Allocations::Count() const { return t_State.m_nCount; }
 long long Allocations::Bytes() const { return t_State.m_nBytes; }
-long long Allocations::Largest() const { return t_State.m_nLargest; }
 bool Allocations::Failed() const { return t_State.m_bFailed; }
 long Allocations::Live() { return t_nLive; }
 // clang-format on

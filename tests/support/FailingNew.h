@@ -24,9 +24,8 @@ public:
     Allocations& operator=(const Allocations&) = delete;
 
     long Count() const;
-    /// Bytes asked for, and the largest single request.
+    /// Bytes asked for.
     long long Bytes() const;
-    long long Largest() const;
     /// Whether the failing allocation was reached.
     bool Failed() const;
 

@@ -14,64 +14,10 @@ namespace kivds::test {
 
 namespace {
 
-constexpr std::pair<const char*, StreamKind> kKinds[] = {
-    {"value", StreamKind::Value},
-    {"attribute", StreamKind::Attribute},
-    {"code-sequence", StreamKind::CodeSequence},
-    {"part", StreamKind::Part},
-    {"collection", StreamKind::Collection},
-    {"enhanced", StreamKind::Enhanced},
-    {"script-versions", StreamKind::ScriptVersions},
-    {"frame-range", StreamKind::FrameRange},
-    {"scope-item", StreamKind::ScopeItem},
-    {"scope-element", StreamKind::ScopeElement},
-    {"scope-collection", StreamKind::ScopeCollection},
-};
-
-GoldenStream Stream(const std::string& name, const std::string& current, const std::string& hex)
-{
-    const auto has = [&](const char* word) { return (name + '-').find(word) != std::string::npos; };
-    for (const auto& [prefix, kind] : kKinds) {
-        if (name.rfind(prefix, 0) == 0)
-            return {name,
-                    Bytes(hex),
-                    current.empty() ? name : current,
-                    kind,
-                    {!has("-oldest-") && !has("-unflagged-"), has("-old-") || has("-oldest-") ? 0 : 7}};
-    }
-    throw std::invalid_argument("a stream of no kind: " + name);
-}
-
 std::wstring Wide(const std::string& text)
 {
     return {text.begin(), text.end()};
 }
-
-void ReadDocument(const char* path, GoldenStreams& all)
-{
-    std::ifstream file(path);
-    const std::regex fence("```stream ([a-z0-9-]+) ?([a-z0-9-]*)");
-    const std::regex row("\\| `([a-z-]+)` \\| (\\d+) \\| `([^`]+)` \\|(.*)\\|");
-    const std::regex report("`([A-Za-z:]+)` `\"([^\"]+)\"`");
-    std::smatch match;
-    for (std::string line; std::getline(file, line);) {
-        if (std::regex_match(line, match, fence)) {
-            const std::string name = match[1], current = match[2];
-            std::string hex;
-            while (std::getline(file, line) && line != "```")
-                hex += line + '\n';
-            all.m_Streams.push_back(Stream(name, current, hex));
-        } else if (std::regex_match(line, match, row)) {
-            StreamRefusal refusal = {match[1], std::stoul(match[2]), Bytes(match[3].str()), {}};
-            const std::string reports = match[4];
-            for (std::sregex_iterator i(reports.begin(), reports.end(), report), end; i != end; ++i)
-                refusal.m_Reports.emplace_back(Wide((*i)[1]), Wide((*i)[2]));
-            all.m_Refusals.push_back(std::move(refusal));
-        }
-    }
-}
-
-// ---- reading
 
 /// A single value; its operations are protected ones of the attribute.
 struct Value : CKivDSDicomAttribute
@@ -121,16 +67,32 @@ void Empty(Object& object)
         object.RemoveAllAttributes();
 }
 
-template <class Object, class... Form>
-StreamReading ReadInto(const char* bytes, int length, bool writeRefused, Form... form)
+/// Calls the form of Deserialize that the class has; the unbounded one when `length` is negative.
+template <class Object>
+bool Read(Object& object, const char* bytes, int length, int& size, StreamForm form)
+{
+    const auto read = [&](auto... told) {
+        return length >= 0 ? object.Deserialize(bytes, length, Out<Object>(size), told...)
+                           : object.Deserialize(bytes, Out<Object>(size), told...);
+    };
+    if constexpr (std::is_base_of_v<Value, Object>)
+        return read();
+    else if constexpr (std::is_base_of_v<CKivDSDicomAttribute, Object>)
+        return read(form.m_bVersioned, form.m_nVersion);
+    else if constexpr (std::is_base_of_v<CKivDSDicomAttributeCollection, Object>)
+        return read(form.m_bVersioned);
+    else
+        return read();
+}
+
+template <class Object>
+StreamReading ReadInto(StreamForm form, const char* bytes, int length, bool writeRefused)
 {
     StreamReading reading;
     Object object;
     {
         const Allocations watched;
-        reading.m_bRead = length >= 0
-                              ? object.Deserialize(bytes, length, Out<Object>(reading.m_nSize), form...)
-                              : object.Deserialize(bytes, Out<Object>(reading.m_nSize), form...);
+        reading.m_bRead = Read(object, bytes, length, reading.m_nSize, form);
         reading.m_nAllocated = watched.Bytes();
     }
     if (reading.m_bRead || writeRefused)
@@ -141,6 +103,60 @@ StreamReading ReadInto(const char* bytes, int length, bool writeRefused, Form...
     }
     Empty(object);
     return reading;
+}
+
+/// In the order of StreamKind.
+constexpr struct
+{
+    const char* m_Prefix; // of the names
+    StreamReading (*m_Read)(StreamForm form, const char* bytes, int length, bool writeRefused);
+} kKinds[] = {{"value", ReadInto<Value>},
+              {"attribute", ReadInto<CKivDSDicomAttribute>},
+              {"code-sequence", ReadInto<CKivDSCodeSequenceAttribute>},
+              {"part", ReadInto<CKivDSBaseDicomAttributeCollection>},
+              {"collection", ReadInto<CKivDSDicomAttributeCollection>},
+              {"enhanced", ReadInto<CKivDSEnhancedMFCollection>},
+              {"script-versions", ReadInto<Versions>},
+              {"frame-range", ReadInto<CKivIPPRangeIDC>},
+              {"scope-item", ReadInto<CKivIPPScopeItemC>},
+              {"scope-element", ReadInto<CKivIPPScopeElementC>},
+              {"scope-collection", ReadInto<CKivIPPScopeCollectionC>}};
+
+// ---- the documents
+
+GoldenStream Stream(const std::string& name, const std::string& current, const std::string& hex)
+{
+    const auto is = [&](const char* word) { return (name + '-').find(word) != std::string::npos; };
+    const StreamForm form = {!is("-oldest-") && !is("-unflagged-"), is("-old-") || is("-oldest-") ? 0 : 7};
+    for (int kind = 0; kind < static_cast<int>(std::size(kKinds)); ++kind) {
+        if (name.rfind(kKinds[kind].m_Prefix, 0) == 0)
+            return {name, Bytes(hex), current.empty() ? name : current, static_cast<StreamKind>(kind), form};
+    }
+    throw std::invalid_argument("a stream of no kind: " + name);
+}
+
+void ReadDocument(const char* path, GoldenStreams& all)
+{
+    std::ifstream file(path);
+    const std::regex fence("```stream ([a-z0-9-]+) ?([a-z0-9-]*)");
+    const std::regex row("\\| `([a-z-]+)` \\| (\\d+) \\| `([^`]+)` \\|(.*)\\|");
+    const std::regex report("`([A-Za-z:]+)` `\"([^\"]+)\"`");
+    std::smatch match;
+    for (std::string line; std::getline(file, line);) {
+        if (std::regex_match(line, match, fence)) {
+            const std::string name = match[1], current = match[2];
+            std::string hex;
+            while (std::getline(file, line) && line != "```")
+                hex += line + '\n';
+            all.m_Streams.push_back(Stream(name, current, hex));
+        } else if (std::regex_match(line, match, row)) {
+            StreamRefusal refusal = {match[1], std::stoul(match[2]), Bytes(match[3].str()), {}};
+            const std::string reports = match[4];
+            for (std::sregex_iterator i(reports.begin(), reports.end(), report), end; i != end; ++i)
+                refusal.m_Reports.emplace_back(Wide((*i)[1]), Wide((*i)[2]));
+            all.m_Refusals.push_back(std::move(refusal));
+        }
+    }
 }
 
 } // namespace
@@ -167,31 +183,7 @@ const GoldenStreams& AllGoldenStreams()
 
 StreamReading ReadStream(StreamKind kind, StreamForm form, const char* bytes, int length, bool writeRefused)
 {
-    const auto [versioned, version] = form;
-    switch (kind) {
-    case StreamKind::Attribute:
-        return ReadInto<CKivDSDicomAttribute>(bytes, length, writeRefused, versioned, version);
-    case StreamKind::CodeSequence:
-        return ReadInto<CKivDSCodeSequenceAttribute>(bytes, length, writeRefused, versioned, version);
-    case StreamKind::Part:
-        return ReadInto<CKivDSBaseDicomAttributeCollection>(bytes, length, writeRefused, versioned);
-    case StreamKind::Collection:
-        return ReadInto<CKivDSDicomAttributeCollection>(bytes, length, writeRefused, versioned);
-    case StreamKind::Enhanced:
-        return ReadInto<CKivDSEnhancedMFCollection>(bytes, length, writeRefused, versioned);
-    case StreamKind::ScriptVersions:
-        return ReadInto<Versions>(bytes, length, writeRefused);
-    case StreamKind::FrameRange:
-        return ReadInto<CKivIPPRangeIDC>(bytes, length, writeRefused);
-    case StreamKind::ScopeItem:
-        return ReadInto<CKivIPPScopeItemC>(bytes, length, writeRefused);
-    case StreamKind::ScopeElement:
-        return ReadInto<CKivIPPScopeElementC>(bytes, length, writeRefused);
-    case StreamKind::ScopeCollection:
-        return ReadInto<CKivIPPScopeCollectionC>(bytes, length, writeRefused);
-    default:
-        return ReadInto<Value>(bytes, length, writeRefused);
-    }
+    return kKinds[static_cast<int>(kind)].m_Read(form, bytes, length, writeRefused);
 }
 
 } // namespace kivds::test

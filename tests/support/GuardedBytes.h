@@ -1,12 +1,31 @@
-// Memory whose end cannot be read past: bytes are placed so that the byte behind them lies on a page that may
-// not be touched. A read there ends the program, sanitizers or not.
+// Bytes whose end cannot be read past unnoticed.
 #pragma once
 
 #include <cstddef>
+#include <memory>
 #include <string_view>
 
 namespace kivds::test {
 
+/// In a heap block of exactly their length, for sanitizers to notice.
+class Exact
+{
+public:
+    explicit Exact(std::string_view bytes)
+        : m_Block(new char[bytes.size()]), m_Size(static_cast<int>(bytes.size()))
+    {
+        bytes.copy(m_Block.get(), bytes.size());
+    }
+    char* Data() const { return m_Block.get(); }
+    int Size() const { return m_Size; }
+
+private:
+    std::unique_ptr<char[]> m_Block;
+    int m_Size;
+};
+
+/// Placed so that the byte behind them lies on a page that may not be touched. A read there ends the program,
+/// sanitizers or not.
 class GuardedBytes
 {
 public:

@@ -22,6 +22,14 @@ std::string Bytes(std::string_view hex)
     return bytes;
 }
 
+std::string Int(long long number)
+{
+    std::string bytes;
+    for (int shift = 0; shift < 32; shift += 8)
+        bytes += static_cast<char>(number >> shift & 0xFF);
+    return bytes;
+}
+
 std::string Hex(std::string_view bytes)
 {
     constexpr char digits[] = "0123456789ABCDEF";

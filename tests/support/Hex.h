@@ -10,6 +10,9 @@ namespace kivds::test {
 /// The bytes of a hexadecimal text.
 std::string Bytes(std::string_view hex);
 
+/// The four bytes of a number, the low one first.
+std::string Int(long long number);
+
 /// Bytes as text, sixteen to a line.
 std::string Hex(std::string_view bytes);
 

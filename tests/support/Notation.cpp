@@ -6,9 +6,6 @@
 #include <gtest/gtest.h>
 
 #include <cctype>
-#include <fstream>
-#include <map>
-#include <regex>
 
 namespace kivds::test {
 
@@ -101,41 +98,7 @@ CollectionPtr MakeGroup(std::string_view text)
     return std::make_unique<Facade>(enhanced.release());
 }
 
-using ExampleTables = std::map<std::string, std::vector<std::vector<std::string>>>;
-
-void ReadExamples(const char* path, ExampleTables& examples)
-{
-    std::ifstream file(path);
-    const std::regex fence("```examples (.*)"), comment("(^|  +)//.*"),
-        cell("\"([^\"]*)\"|[^ ](?:[^ ]| (?! ))*");
-    std::smatch match;
-    for (std::string line; std::getline(file, line);) {
-        if (!std::regex_match(line, match, fence))
-            continue;
-        auto& rows = examples[match[1]];
-        while (std::getline(file, line) && line != "```") {
-            line = std::regex_replace(line, comment, "");
-            std::vector<std::string> cells;
-            for (std::sregex_iterator i(line.begin(), line.end(), cell), end; i != end; ++i)
-                cells.push_back((*i)[0].str()[0] == '"' ? (*i)[1] : (*i)[0]);
-            if (!cells.empty())
-                rows.push_back(cells);
-        }
-    }
-}
-
 } // namespace
-
-const std::vector<std::vector<std::string>>& ExampleCells(const std::string& name)
-{
-    static const ExampleTables examples = [] {
-        ExampleTables read;
-        ReadExamples(KIVDS_DOCS_DIR "/attributes.md", read);
-        ReadExamples(KIVDS_DOCS_DIR "/collections.md", read);
-        return read;
-    }();
-    return examples.at(name);
-}
 
 unsigned long Tag(char letter)
 {

@@ -5,52 +5,20 @@
 
 #include "collection/internal/PartSharing.h"
 #include "tests/support/Build.h"
-
-#include <tuple>
-#include <type_traits>
+#include "tests/support/Examples.h"
 
 namespace kivds::test {
 
 using Facade = CKivDSDicomAttributeCollection;
 using Part = CKivDSBaseDicomAttributeCollection;
 
+/// What the reports' functions begin with.
+inline const std::wstring kFacade = L"CKivDSDicomAttributeCollection::",
+                          kPart = L"CKivDSBaseDicomAttributeCollection::",
+                          kCompound = L"CKivDSCompoundCollection::",
+                          kEnhanced = L"CKivDSEnhancedMFCollection::";
 constexpr const wchar_t* kCompoundRefused = L"Operation not supported on compound collections ";
 constexpr const wchar_t* kEnhancedRefused = L"Operation not supported on enhanced MF collections ";
-
-/// The rows of a table, for a loop with structured bindings.
-template <class... Column>
-using Rows = std::initializer_list<std::tuple<Column...>>;
-using Txt = const char*;
-using Wide = const wchar_t*;
-
-/// The rows of a block "```examples NAME" in docs/attributes.md or docs/collections.md, for good:
-/// columns between two blanks or more, texts between quotes where they are empty or hold such, null.
-const std::vector<std::vector<std::string>>& ExampleCells(const std::string& name);
-template <class T>
-T CellAs(const std::string& cell)
-{
-    if constexpr (std::is_same_v<T, bool>)
-        return cell == "true";
-    else if constexpr (std::is_same_v<T, char>)
-        return cell.at(0);
-    else if constexpr (std::is_same_v<T, Txt>)
-        return cell == "null" ? nullptr : cell.c_str();
-    else if constexpr (std::is_same_v<T, std::wstring>)
-        return {cell.begin(), cell.end()};
-    else
-        return static_cast<T>(std::stol(cell));
-}
-template <class... Column>
-std::vector<std::tuple<Column...>> Examples(const std::string& name)
-{
-    std::vector<std::tuple<Column...>> rows;
-    for (const std::vector<std::string>& cells : ExampleCells(name)) {
-        std::size_t column = 0;
-        const auto next = [&]() -> const std::string& { return cells.at(column++); };
-        rows.push_back(std::tuple<Column...>{CellAs<Column>(next())...}); // from left to right, in braces
-    }
-    return rows;
-}
 
 /// The tag of a letter.
 unsigned long Tag(char letter);

@@ -31,7 +31,7 @@ void ReportTest::TearDown()
         ADD_FAILURE() << "unclaimed report: " << report;
 }
 
-void ReportTest::Claim(const wchar_t* function, const wchar_t* message, int code)
+void ReportTest::Claim(const std::wstring& function, const std::wstring& message, int code)
 {
     const Report claimed = {function, message, code};
     const std::lock_guard<std::mutex> lock(m_Mutex);
@@ -41,6 +41,12 @@ void ReportTest::Claim(const wchar_t* function, const wchar_t* message, int code
     }
     EXPECT_EQ(m_Reports.front(), claimed);
     m_Reports.pop_front();
+}
+
+void ReportTest::Refused(bool done, const std::wstring& function, const std::wstring& message, int code)
+{
+    EXPECT_FALSE(done);
+    Claim(function, message, code);
 }
 
 std::size_t ReportTest::ClaimAll()

@@ -34,7 +34,9 @@ protected:
     void TearDown() override;
 
     /// Claims the earliest report not claimed yet; it must be this one.
-    void Claim(const wchar_t* function, const wchar_t* message, int code = 0);
+    void Claim(const std::wstring& function, const std::wstring& message, int code = 0);
+    /// Expects that an operation has failed, or given nothing, and claims why.
+    void Refused(bool done, const std::wstring& function, const std::wstring& message, int code = 0);
     /// Claims all reports made so far, whatever they say; for tests of survival, not of words. Gives their
     /// number.
     std::size_t ClaimAll();
