@@ -99,28 +99,29 @@ public:
             (this->*steps[step])();
         }
         for (std::size_t i = 0; i < m_Collections.size(); ++i) {
-            if (m_Used[i])
+            if (m_Used[i] && !IsOvergrown(*m_Collections[i]))
                 CheckFacadeStream(*m_Collections[i], m_Reports);
         }
     }
 
 private:
+    /// Whether a collection is larger than is worth the time: values, members and frames can double at every
+    /// step.
+    static bool IsOvergrown(Facade& facade)
+    {
+        int length = 0;
+        return facade.IsGood() && facade.Serialize(nullptr, length) && length > 2048;
+    }
+
+    /// One of the collections, emptied when it has grown too large.
     FacadePtr& Any()
     {
         const auto i = static_cast<std::size_t>(m_Input.Below(4));
+        FacadePtr& collection = m_Collections[i];
         m_Used[i] = true;
-        return m_Collections[i];
-    }
-
-    /// Checks a collection that an operation has changed. One that has grown beyond what is worth the time is
-    /// emptied, since values and members can double at every step.
-    void Check(FacadePtr& collection)
-    {
-        constexpr int most = 2048;
-        int length = 0;
-        CheckFacade(*collection);
-        if (!collection->IsGood() || (collection->Serialize(nullptr, length) && length > most))
+        if (!collection->IsGood() || IsOvergrown(*collection))
             collection = std::make_unique<Facade>(true);
+        return collection;
     }
 
     void Add()
@@ -134,7 +135,7 @@ private:
             (void)attribute.release(); // the collection's now
             Require(collection->HasAttribute(tag, !multi, multi), "what was added is held");
         }
-        Check(collection);
+        CheckFacade(*collection);
     }
 
     void Combine()
@@ -159,7 +160,7 @@ private:
         for (const bool multi : {false, true})
             Require(!plain || TagsWhere(AttributesOf(*a, multi), {}, inA) == expected[multi],
                     "a set operator keeps the tags that it should");
-        Check(a);
+        CheckFacade(*a);
     }
 
     void Copy()
@@ -168,7 +169,7 @@ private:
         Facade& from = *Any();
         if (m_Input.Flag()) {
             *to = from;
-            Check(to);
+            CheckFacade(*to);
             return;
         }
         const bool deep = m_Input.Flag();
@@ -183,7 +184,7 @@ private:
             Require(Write(from, m_Reports) == before, "a deep copy leaves its original alone");
         }
         to = std::move(copy);
-        Check(to);
+        CheckFacade(*to);
     }
 
     void Split()
@@ -205,7 +206,7 @@ private:
             Require(count == counts[part], "all attributes of a part are split off");
             FacadePtr& to = part == 0 ? single : multi;
             to.reset(made[part]);
-            Check(to);
+            CheckFacade(*to);
         }
     }
 
@@ -215,7 +216,7 @@ private:
         FacadePtr& to = Any();
         const int frame = m_Input.Below(4);
         to = std::make_unique<Facade>(from, frame, m_Input.Flag());
-        Check(to);
+        CheckFacade(*to);
     }
 
     void Compound()
@@ -261,11 +262,11 @@ private:
         for (int i = 0; i < enhanced->GetNumberOfMFCollections(); ++i) {
             FacadePtr complete(enhanced->GetMFCollection(i));
             Require(complete && IsPlain(*complete), "every frame has its collection");
-            Check(complete);
+            CheckFacade(*complete);
         }
         FacadePtr& to = Any();
         to = std::move(facade);
-        Check(to);
+        CheckFacade(*to);
     }
 
     void Merge()
@@ -277,7 +278,7 @@ private:
             Facade::MergeCollections(first, second, *merged);
         else
             merged->UpdateSingleFrameCollection(second, m_Input.Flag());
-        Check(merged);
+        CheckFacade(*merged);
     }
 
     void Remove()
@@ -298,7 +299,7 @@ private:
                 Require(attribute.IsPrivate(), "only private attributes survive the removal of all");
             });
         }
-        Check(collection);
+        CheckFacade(*collection);
     }
 
     void Read()
@@ -311,7 +312,7 @@ private:
         Require(collection->Deserialize(stream.Data(), stream.Size(), size, versioned) ||
                     m_Reports.Count() > reported,
                 "no stream is refused without a report");
-        Check(collection);
+        CheckFacade(*collection);
     }
 
     void Scope()
@@ -326,7 +327,7 @@ private:
                 (void)scope.release(); // the collection's now
         }
         const std::unique_ptr<CKivIPPScopeC> wrapped(collection->GetScopeAsCollection());
-        Check(collection);
+        CheckFacade(*collection);
     }
 
     /// Changes an attribute in its collection.
@@ -346,7 +347,7 @@ private:
             Require(!set || held->GetValuePtr(0), "a value that was set is held");
         }
         CheckAttribute(*held, m_Reports);
-        Check(collection);
+        CheckFacade(*collection);
     }
 
     void Flatten()
@@ -357,7 +358,7 @@ private:
             to->AddCompoundCollection(&from);
         else if (Facade* const flat = Facade::ConvertCompoundToFlatCollection(from))
             to.reset(flat);
-        Check(to);
+        CheckFacade(*to);
     }
 
     ReportWatch m_Reports;

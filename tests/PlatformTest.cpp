@@ -365,7 +365,7 @@ std::string RandomElement(std::mt19937& random)
     text += '/';
     for (const char image : {'8', '9'})
         for (auto n = random() % 3; n > 0; --n) {
-            const auto first = random() % 5 + 1, last = std::min(first + random() % 3, 5UL);
+            const auto first = random() % 5 + 1, last = std::min<std::size_t>(first + random() % 3, 5UL);
             text += image;
             text += random() % 4 == 0 ? "" : "[" + std::to_string(first) + "-" + std::to_string(last) + "]";
         }
