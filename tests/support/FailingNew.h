@@ -30,7 +30,8 @@ public:
     bool Failed() const;
 
     /// The blocks that this thread has allocated and not released; what it does for itself between two calls
-    /// leaves their difference 0.
+    /// leaves their difference 0. Always 0 on Windows, where each module has allocation functions of its own,
+    /// and a block may come from one and go to another.
     static long Live();
 };
 
