@@ -39,10 +39,11 @@ private:
         m_nAt = 0;
         m_Fetched[0] = m_End;
         for (m_nFetched = 0; m_nFetched < kMost && m_Next != m_End; ++m_Next) {
-#if defined(__GNUC__) // a hint, for any address
-            const auto* const attribute = reinterpret_cast<const char*>(m_Next->second);
-            __builtin_prefetch(attribute);
-            __builtin_prefetch(attribute + 64);
+#if defined(__GNUC__)
+            if (const auto* const attribute = reinterpret_cast<const char*>(m_Next->second)) {
+                __builtin_prefetch(attribute);
+                __builtin_prefetch(attribute + 64);
+            }
 #endif
             m_Fetched[m_nFetched++] = m_Next;
         }
