@@ -23,6 +23,7 @@ using Facade = CKivDSDicomAttributeCollection;
 
 namespace {
 
+constexpr const wchar_t* kRefused = L"Operation not supported on enhanced MF collections ";
 constexpr int kFacadeFrame = 6; // what a facade's stream puts around this one
 // What a frame's objects take where pointers have 64 bits, and counted so everywhere: a stream that one
 // platform reads, every platform reads.
@@ -90,8 +91,6 @@ std::vector<CKivDSDicomAttributeCollection*>& CKivDSEnhancedMFCollection::GetCol
 bool CKivDSEnhancedMFCollection::AppendFrame(const Facade& frame, bool deep, const Operation& op,
                                              const wchar_t* noMemory)
 {
-    if (PartAccess::Reaches(frame, *this))
-        return op.Fail(L"Operation not supported on enhanced MF collections ");
     return op.Guard(noMemory, [&] {
         auto copy = std::make_unique<Facade>(frame, deep);
         m_MFCollections.push_back(copy.get());
@@ -117,6 +116,8 @@ bool CKivDSEnhancedMFCollection::AddMFCollection(CKivDSDicomAttributeCollection*
     const Operation op(L"CKivDSEnhancedMFCollection::AddMFCollection");
     if (!collection)
         return op.Fail(L"Null collection pointer as input parameter");
+    if (PartAccess::Reaches(*collection, *this))
+        return op.Fail(kRefused);
     return AppendFrame(*collection, deep, op, kivds::kUnexpectedError);
 }
 
@@ -212,7 +213,9 @@ CKivDSEnhancedMFCollection& CKivDSEnhancedMFCollection::operator|=(const CKivDSE
     if (this == &src)
         return *this;
     PartAccess::CombineParts(*this, src, &CKivDSBaseDicomAttributeCollection::operator|=);
-    if (m_MFCollections.empty()) {
+    if (m_MFCollections.empty() && PartAccess::FramesReach(src, *this)) {
+        op.Report(kRefused);
+    } else if (m_MFCollections.empty()) {
         CopyFrames(src, true, op, L"Insufficent memory to allocate DAC object.");
     } else if (!src.m_MFCollections.empty() && !RefuseFrames(src, op)) {
         for (std::size_t i = 0; i < m_MFCollections.size(); ++i)
