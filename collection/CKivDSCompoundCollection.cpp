@@ -67,9 +67,9 @@ bool CKivDSCompoundCollection::AddCollection(CKivDSDicomAttributeCollection* col
         return op.Fail(L"Null input pointer parameter");
     if (collection->IsCompoundCollection())
         return op.Fail(L"Using a compound collection inside a compound collection");
-    if (PartAccess::Reaches(*collection, *this))
-        return op.Fail(L"Operation not supported on compound collections ");
     return op.Guard(kivds::kUnexpectedError, [&] {
+        if (PartAccess::Reaches(*collection, *this))
+            return op.Fail(L"Operation not supported on compound collections ");
         std::unique_ptr<Facade> member(CreateCollection(collection, deep));
         if (!member)
             return false;

@@ -116,9 +116,11 @@ bool CKivDSEnhancedMFCollection::AddMFCollection(CKivDSDicomAttributeCollection*
     const Operation op(L"CKivDSEnhancedMFCollection::AddMFCollection");
     if (!collection)
         return op.Fail(L"Null collection pointer as input parameter");
-    if (PartAccess::Reaches(*collection, *this))
-        return op.Fail(kRefused);
-    return AppendFrame(*collection, deep, op, kivds::kUnexpectedError);
+    return op.Guard(kivds::kUnexpectedError, [&] {
+        return PartAccess::Reaches(*collection, *this)
+                   ? op.Fail(kRefused)
+                   : AppendFrame(*collection, deep, op, kivds::kUnexpectedError);
+    });
 }
 
 // Appends copies of the frames of `src` up to the first that cannot be had: a frame's index is its number.
@@ -213,10 +215,14 @@ CKivDSEnhancedMFCollection& CKivDSEnhancedMFCollection::operator|=(const CKivDSE
     if (this == &src)
         return *this;
     PartAccess::CombineParts(*this, src, &CKivDSBaseDicomAttributeCollection::operator|=);
-    if (m_MFCollections.empty() && PartAccess::FramesReach(src, *this)) {
-        op.Report(kRefused);
-    } else if (m_MFCollections.empty()) {
-        CopyFrames(src, true, op, L"Insufficent memory to allocate DAC object.");
+    if (m_MFCollections.empty()) {
+        constexpr const wchar_t* noMemory = L"Insufficent memory to allocate DAC object.";
+        op.Guard(noMemory, [&] {
+            if (PartAccess::FramesReach(src, *this))
+                return op.Fail(kRefused);
+            CopyFrames(src, true, op, noMemory);
+            return true;
+        });
     } else if (!src.m_MFCollections.empty() && !RefuseFrames(src, op)) {
         for (std::size_t i = 0; i < m_MFCollections.size(); ++i)
             *m_MFCollections[i] |= *src.m_MFCollections[i];

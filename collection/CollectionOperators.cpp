@@ -269,10 +269,12 @@ Facade& Facade::Combine(const Facade& b, const SSetOperator& how)
         return *this;
     }
     ((*enhanced).*how.applyEnhanced)(*b.m_pEnhancedMFCollection);
-    if (PartAccess::FramesReach(*enhanced, *this)) // this is a frame of what b holds
-        op.Report(L"Operation not supported on enhanced MF collections ");
-    else
+    op.Guard(kivds::kUnexpectedError, [&] {
+        if (PartAccess::FramesReach(*enhanced, *this)) // this is a frame of what b holds
+            return op.Fail(L"Operation not supported on enhanced MF collections ");
         m_pEnhancedMFCollection = PartAccess::Share(enhanced.release());
+        return true;
+    });
     return *this;
 }
 

@@ -11,7 +11,9 @@
 #include <algorithm>
 #include <memory>
 #include <new>
+#include <unordered_set>
 #include <utility>
+#include <vector>
 
 namespace kivds {
 
@@ -68,21 +70,20 @@ struct PartAccess
     }
 
     /// Whether a facade holds `target`, directly or in a member or a frame. What holds a collection is never
-    /// put into it: it would keep itself alive, and every walk over it would have no end.
+    /// put into it: it would keep itself alive, and every walk over it would have no end. May throw.
     static bool Reaches(const CKivDSDicomAttributeCollection& facade,
                         const CKivDSDicomAttributeCollection& target)
     {
-        const CKivDSCompoundCollection* const compound = facade.m_pCompoundCollection;
-        const CKivDSEnhancedMFCollection* const enhanced = facade.m_pEnhancedMFCollection;
-        return &facade == &target || (compound && AnyReaches(compound->m_Collections, *compound, target)) ||
-               (enhanced && FramesReach(*enhanced, target));
+        Holders seen;
+        return Reaches(facade, target, seen);
     }
 
     /// The same of an enhanced multi-frame collection.
     static bool FramesReach(const CKivDSEnhancedMFCollection& enhanced,
                             const CKivDSDicomAttributeCollection& target)
     {
-        return AnyReaches(enhanced.m_MFCollections, enhanced, target);
+        Holders seen;
+        return AnyReaches(enhanced, enhanced.m_MFCollections, target, seen);
     }
 
     static CKivDSCompoundCollection* Compound(const CKivDSDicomAttributeCollection& facade) noexcept
@@ -141,12 +142,27 @@ struct PartAccess
     }
 
 private:
-    static bool AnyReaches(const std::vector<CKivDSDicomAttributeCollection*>& held,
-                           const CKivDSDicomAttributeCollection& holder,
-                           const CKivDSDicomAttributeCollection& target)
+    // Those that have been looked into: many may share one.
+    using Holders = std::unordered_set<const CKivDSDicomAttributeCollection*>;
+
+    static bool Reaches(const CKivDSDicomAttributeCollection& facade,
+                        const CKivDSDicomAttributeCollection& target, Holders& seen)
     {
-        return &holder == &target || std::any_of(held.begin(), held.end(),
-                                                 [&](const auto* next) { return Reaches(*next, target); });
+        const CKivDSCompoundCollection* const compound = facade.m_pCompoundCollection;
+        const CKivDSEnhancedMFCollection* const enhanced = facade.m_pEnhancedMFCollection;
+        return &facade == &target ||
+               (compound && AnyReaches(*compound, compound->m_Collections, target, seen)) ||
+               (enhanced && AnyReaches(*enhanced, enhanced->m_MFCollections, target, seen));
+    }
+
+    static bool AnyReaches(const CKivDSDicomAttributeCollection& holder,
+                           const std::vector<CKivDSDicomAttributeCollection*>& held,
+                           const CKivDSDicomAttributeCollection& target, Holders& seen)
+    {
+        return &holder == &target ||
+               (seen.insert(&holder).second && std::any_of(held.begin(), held.end(), [&](const auto* next) {
+                    return Reaches(*next, target, seen);
+                }));
     }
 };
 
