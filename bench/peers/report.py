@@ -97,8 +97,9 @@ class Results:
                 samples.setdefault(key, []).append(float(nanoseconds))
                 self.blocks[key] = float(blocks)
                 self.came.setdefault(key[:2], {})[name] = came
-        self.times = {key: statistics.median(values) for key, values in samples.items()}
+        self.times = {key: min(values) for key, values in samples.items()}
         self.rounds = max(map(len, samples.values()))
+        self.spread = statistics.median(max(values) / min(values) for values in samples.values() if min(values) > 1)
         self.columns = [name for name in COLOURS if name in self.versions]
         self.peers = [name for name in self.columns if name != OURS]
 
@@ -254,6 +255,7 @@ def main():
         "versions": ", ".join(f"{name} {version}" for name, version in results.versions.items()),
         "load": load(),
         "rounds": str(results.rounds),
+        "spread": f"{results.spread:.1f}",
         "times": times_table(results),
         "blocks": blocks_table(results),
         "targets": targets_table(results),
