@@ -52,9 +52,9 @@ public:
     bool RemoveAllMultiFrameAttributes() override;
     /// The number of attributes, null entries included. " Null output pointer parameter ".
     bool GetNumberOfAttributes(long* count) const override;
-    /// The number of multi-frame attributes. " Null output pointer parameter ".
+    /// The number of multi-frame attributes; a null `count` is passed over. Always true.
     bool GetNumberOfMultiFrameAttributes(long* count) const override;
-    /// The number of single-frame attributes. " Null output pointer parameter ".
+    /// The number of single-frame attributes; a null `count` is passed over. Always true.
     bool GetNumberOfSingleFrameAttributes(long* count) const override;
     /// Sends every attribute's lines to the dump listener, in tag order.
     void Dump() const override;

@@ -103,7 +103,8 @@ public:
     virtual CKivDSDicomAttributeCollection& operator+=(const CKivDSDicomAttributeCollection& b);
     /// A *= B: every attribute of B, replacing A's.
     virtual CKivDSDicomAttributeCollection& operator*=(const CKivDSDicomAttributeCollection& b);
-    /// A |= B: as *=, but B's private attributes are passed over.
+    /// A |= B: as *=, but B's private attributes are passed over. "Operation not supported on enhanced MF
+    /// collections " when A would hold itself: it is a frame of what B's frames hold.
     virtual CKivDSDicomAttributeCollection& operator|=(const CKivDSDicomAttributeCollection& b);
     /// A -= B: without the attributes that equal B's at the same tag.
     virtual CKivDSDicomAttributeCollection& operator-=(const CKivDSDicomAttributeCollection& b);

@@ -42,7 +42,8 @@ public:
     /// input parameter".
     virtual bool AddCollection(CKivDSDicomAttributeCollection* collection, bool deep);
     /// Appends the collection of the next frame, sharing or copying the parts of `collection`, which stays
-    /// the caller's. "Null collection pointer as input parameter".
+    /// the caller's. "Null collection pointer as input parameter"; "Operation not supported on enhanced MF
+    /// collections " (one that holds this collection, at any depth).
     virtual bool AddMFCollection(CKivDSDicomAttributeCollection* collection, bool deep);
     /// A new facade, owned by the caller, of the regular collection. "Object not properly initialized ",
     /// "Unexpected error while creating the regular collection".
@@ -55,7 +56,9 @@ public:
     virtual int GetNumberOfMFCollections() const;
     /// The facade's |= on the regular collection and frame by frame. "Source and destination DACs have
     /// different number of frames. Operation is ignored." (code 1; the regular collection has been combined);
-    /// "Insufficent memory to allocate DAC object." (the frames copied so far stay).
+    /// "Insufficent memory to allocate DAC object." (the frames copied so far stay). Without frames of its
+    /// own it copies those of `src`: "Operation not supported on enhanced MF collections " when one holds
+    /// this collection; the regular collection has been combined then, too.
     virtual CKivDSEnhancedMFCollection& operator|=(const CKivDSEnhancedMFCollection& src);
     /// The facade's -= on the regular collection and frame by frame; reports as |=.
     virtual CKivDSEnhancedMFCollection& operator-=(const CKivDSEnhancedMFCollection& src);
