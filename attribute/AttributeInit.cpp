@@ -87,8 +87,14 @@ bool CKivDSDicomAttribute::HoldsBytes(const char* data) const
 // conversion would release before it reads them: then it reads a copy.
 bool CKivDSDicomAttribute::ConvertElement(int representation, int length, const char* data, int expectedCount)
 {
-    if (!data || length <= 0 || m_nNumberOfValues == 0 || !HoldsBytes(data))
-        return Dicom2Attribute(representation, length, data, expectedCount);
+    const bool own = m_nNumberOfValues > 0 && data && length > 0 && HoldsBytes(data);
+    return own ? ConvertOwnBytes(representation, length, data, expectedCount)
+               : Dicom2Attribute(representation, length, data, expectedCount);
+}
+
+bool CKivDSDicomAttribute::ConvertOwnBytes(int representation, int length, const char* data,
+                                           int expectedCount)
+{
     const kivds::Block copy = kivds::NewBlock(length);
     if (!copy)
         return false;
@@ -156,16 +162,20 @@ bool CKivDSDicomAttribute::Dicom2Attribute(int representation, int length, const
     case kivds::Conversion::IntegerString:
         Convert2Int(data, length);
         break;
-    case kivds::Conversion::Raw: {
-        const bool converted = kivds::WithNumericType(
-            row.elementType, [&](auto* scalar) { return Convert2VectOfScalars(data, length, this, scalar); },
-            [&] { return Convert2VectOfScalars<char>(data, length, this, nullptr); });
-        if (converted)
-            SetDataElementType(row.elementType);
+    case kivds::Conversion::Raw:
+        ConvertRaw(row.elementType, length, data);
         break;
     }
-    }
     return true;
+}
+
+void CKivDSDicomAttribute::ConvertRaw(tagEKivAGAttributeType type, int length, const char* data)
+{
+    const bool converted = kivds::WithNumericType(
+        type, [&](auto* scalar) { return Convert2VectOfScalars(data, length, this, scalar); },
+        [&] { return Convert2VectOfScalars<char>(data, length, this, nullptr); });
+    if (converted)
+        SetDataElementType(type);
 }
 
 bool CKivDSDicomAttribute::Attribute2Dicom()

@@ -20,9 +20,9 @@ bool operator==(const CKivDSDicomAttribute& a, const CKivDSDicomAttribute& b)
     if (a.m_nNumberOfValues != b.m_nNumberOfValues ||
         !std::equal(a.m_pValues, a.m_pValues + a.m_nNumberOfValues, b.m_pValues))
         return false;
-    if (!a.IsMultiFrame() || !b.IsMultiFrame())
-        return a.IsMultiFrame() == b.IsMultiFrame();
-    return kivds::SameFrames(*a.m_pFrameRange, *b.m_pFrameRange);
+    const bool multiFrame = a.IsMultiFrame();
+    return multiFrame == b.IsMultiFrame() &&
+           (!multiFrame || kivds::SameFrames(*a.m_pFrameRange, *b.m_pFrameRange));
 }
 
 bool operator!=(const CKivDSDicomAttribute& a, const CKivDSDicomAttribute& b)

@@ -11,7 +11,7 @@
 //   ..  1  multi-frame flag, and if it is 1 the frame range's own stream
 //
 // The old form has no total length (version 0); without the versioned flag the multi-frame part is not read.
-#include "attribute/CKivDSDicomAttribute.h"
+#include "attribute/internal/AttributeRecord.h"
 #include "attribute/internal/FrameRange.h"
 #include "foundation/internal/ElementTypes.h"
 #include "foundation/internal/Operation.h"
@@ -21,6 +21,7 @@
 
 #include <typeinfo>
 
+using kivds::AttributeRecord;
 using kivds::ByteReader;
 using kivds::ByteWriter;
 using kivds::Operation;
@@ -71,6 +72,14 @@ bool CKivDSDicomAttribute::Serialize(const SKivAGAttributeValue& value, char* bu
         return true;
     }
     ByteWriter writer(buffer);
+    if (!WriteValue(value, writer))
+        return false;
+    size = kivds::StreamLength(writer.Written());
+    return true;
+}
+
+bool CKivDSDicomAttribute::WriteValue(const SKivAGAttributeValue& value, ByteWriter& writer)
+{
     writer.I32(value.eType);
     writer.I32(value.nCount);
     if (!value.pData || value.nCount < 0)
@@ -78,11 +87,10 @@ bool CKivDSDicomAttribute::Serialize(const SKivAGAttributeValue& value, char* bu
             .Fail(L"Attempt to serialize attribute value with null data pointer");
     writer.Elements(value.pData, value.nCount, kivds::ElementSize(value.eType));
     writer.I32(value.nInSequenceIndex);
-    size = kivds::StreamLength(writer.Written());
     return true;
 }
 
-// Whether the object is of exactly this class. Its value operations are then the ones above, and are called
+// Whether the object is of exactly this class. Its operations are then the ones in this file, and are called
 // without the virtual table: a collection asks for the length and the bytes of thousands of values.
 bool CKivDSDicomAttribute::IsPlain() const
 {
@@ -91,7 +99,11 @@ bool CKivDSDicomAttribute::IsPlain() const
 
 int CKivDSDicomAttribute::GetSize() const
 {
-    const bool plain = IsPlain();
+    return Measure(IsPlain());
+}
+
+int CKivDSDicomAttribute::Measure(bool plain) const
+{
     std::int64_t length = kFixedLength;
     for (int i = 0; i < m_nNumberOfValues; ++i) {
         const int value = plain ? CKivDSDicomAttribute::GetSize(m_pValues[i]) : GetSize(m_pValues[i]);
@@ -99,7 +111,7 @@ int CKivDSDicomAttribute::GetSize() const
             return 0;
         length += value;
     }
-    if (IsMultiFrame()) {
+    if (plain ? CKivDSDicomAttribute::IsMultiFrame() : IsMultiFrame()) {
         int frames = 0;
         if (!kivds::WriteFrameRange(*m_pFrameRange, nullptr, frames)) {
             Operation(L"CKivDSDicomAttribute::GetSize")
@@ -118,18 +130,17 @@ bool CKivDSDicomAttribute::Serialize(char* buffer, int& size) const
         size = expected;
         return true;
     }
-    const Operation op(L"CKivDSDicomAttribute::Serialize");
     ByteWriter writer(buffer);
     // Without a length the caller's buffer has no size to speak of, and nothing is written.
-    if (expected > 0 && !WriteFields(writer, expected, op))
+    if (expected > 0 && !WriteFields(writer, expected, IsPlain()))
         return false;
     size = writer.Written() == expected ? expected : 0;
-    return size > 0 || op.Fail(L" Inconsistent attribute format: serialization aborted");
+    return size > 0 || Operation(L"CKivDSDicomAttribute::Serialize")
+                           .Fail(L" Inconsistent attribute format: serialization aborted");
 }
 
-bool CKivDSDicomAttribute::WriteFields(ByteWriter& writer, int total, const Operation& op) const
+bool CKivDSDicomAttribute::WriteFields(ByteWriter& writer, int total, bool plain) const
 {
-    const bool plain = IsPlain();
     writer.I32(total);
     writer.U32(m_ulTag);
     writer.I32(m_nRepresentation);
@@ -138,18 +149,44 @@ bool CKivDSDicomAttribute::WriteFields(ByteWriter& writer, int total, const Oper
     writer.I32(m_nNumberOfValues);
     for (int i = 0; i < m_nNumberOfValues; ++i) {
         int length = 0;
-        if (!(plain ? CKivDSDicomAttribute::Serialize(m_pValues[i], writer.Position(), length)
-                    : Serialize(m_pValues[i], writer.Position(), length)))
-            return op.Fail(L" Unable to serialize the attribute value ");
+        if (!(plain ? WriteValue(m_pValues[i], writer) : Serialize(m_pValues[i], writer.Position(), length)))
+            return Operation(L"CKivDSDicomAttribute::Serialize")
+                .Fail(L" Unable to serialize the attribute value ");
         writer.Advance(length);
     }
-    const bool multiFrame = IsMultiFrame();
+    const bool multiFrame = plain ? CKivDSDicomAttribute::IsMultiFrame() : IsMultiFrame();
     writer.U8(multiFrame);
     if (multiFrame) {
         int length = 0;
         kivds::WriteFrameRange(*m_pFrameRange, writer.Position(), length);
         writer.Advance(length);
     }
+    return true;
+}
+
+int AttributeRecord::Length(const CKivDSDicomAttribute& attribute)
+{
+    if (attribute.IsPlain())
+        return attribute.Measure(true);
+    int length = 0;
+    return attribute.Serialize(nullptr, length) ? length : 0;
+}
+
+bool AttributeRecord::Write(const CKivDSDicomAttribute& attribute, ByteWriter& writer)
+{
+    if (attribute.IsPlain()) {
+        // It has been measured: what it comes to need not be known before it is written.
+        ByteWriter total(writer.Position());
+        const std::int64_t start = writer.Written();
+        if (!attribute.WriteFields(writer, 0, true))
+            return false;
+        total.I32(kivds::StreamLength(writer.Written() - start));
+        return true;
+    }
+    int length = 0;
+    if (!attribute.Serialize(writer.Position(), length) || length == 0)
+        return false;
+    writer.Advance(length);
     return true;
 }
 

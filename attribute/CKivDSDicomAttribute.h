@@ -11,8 +11,10 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <new>
 
 namespace kivds {
+struct AttributeRecord;
 class ByteReader;
 class ByteWriter;
 class GatheredValues;
@@ -34,6 +36,16 @@ public:
     /// A copy of everything but the attribute type, which tells an object's class. " Out of memory ": the
     /// copy then holds no values and no frame range, and both flags are false.
     CKivDSDicomAttribute(const CKivDSDicomAttribute& src);
+
+    /// Attributes that are made together lie together: a thread takes their memory from the heap by the slab
+    /// of 8 KiB, which is used anew when the last attribute in it is gone. An attribute may be made on one
+    /// thread and deleted on another. The first form throws std::bad_alloc, the second gives null.
+    static void* operator new(std::size_t bytes);
+    static void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept;
+    static void* operator new(std::size_t, void* place) noexcept { return place; }
+    static void operator delete(void* memory) noexcept;
+    static void operator delete(void* memory, const std::nothrow_t&) noexcept;
+    static void operator delete(void*, void*) noexcept {}
 
     // The virtual operations stand in the order of the virtual table.
 
@@ -298,6 +310,7 @@ protected:
 private:
     friend KIVDS_API bool operator==(const CKivDSDicomAttribute& a, const CKivDSDicomAttribute& b);
     friend KIVDS_API bool operator<(const CKivDSDicomAttribute& a, const CKivDSDicomAttribute& b);
+    friend struct kivds::AttributeRecord;
     template <class T>
     friend bool Convert2VectOfScalars(const char* data, int byteLength, CKivDSDicomAttribute* attribute,
                                       T* typeTag);
@@ -305,6 +318,7 @@ private:
     struct SPieceFormat;
     struct SNumberFormat;
 
+    bool CopyInside(const CKivDSDicomAttribute& src);
     bool FillValues(const SKivAGAttributeValue* values, int count);
     void AppendValues(const CKivDSDicomAttribute& b);
     bool ReserveRecords(std::int64_t total);
@@ -314,6 +328,8 @@ private:
     bool LendFrameValue(int position, SKivAGAttributeValue& value, const kivds::Operation& op) const;
     bool HoldsBytes(const char* data) const;
     bool ConvertElement(int representation, int length, const char* data, int expectedCount);
+    bool ConvertOwnBytes(int representation, int length, const char* data, int expectedCount);
+    void ConvertRaw(tagEKivAGAttributeType type, int length, const char* data);
     bool SetText(SKivAGAttributeValue& value, const char* text, std::size_t length);
     bool SplitIntoValues(const kivds::Operation& op, const char* text, int length, const char* separators,
                          int separatorCount, const wchar_t* noMemory);
@@ -322,7 +338,9 @@ private:
     bool ConvertNumbers(const char* text, int length, const SNumberFormat& format,
                         bool (*read)(const char*&, const char*, T&));
     bool IsPlain() const;
-    bool WriteFields(kivds::ByteWriter& writer, int total, const kivds::Operation& op) const;
+    int Measure(bool plain) const;
+    static bool WriteValue(const SKivAGAttributeValue& value, kivds::ByteWriter& writer);
+    bool WriteFields(kivds::ByteWriter& writer, int total, bool plain) const;
     bool ReadFields(kivds::ByteReader& reader, bool versioned, const kivds::Operation& op);
     bool ReadValue(kivds::ByteReader& reader, SKivAGAttributeValue& value, bool inlineAllowed,
                    const kivds::Operation& op);

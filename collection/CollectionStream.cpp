@@ -11,6 +11,7 @@
 // its attributes have no length; a collection that begins with kind 0 or 1 has no version and no total;
 // without the versioned flag a collection is one old part.
 #include "attribute/CKivDSDicomAttributeFactory.h"
+#include "attribute/internal/AttributeRecord.h"
 #include "attribute/internal/AttributeTypes.h"
 #include "collection/internal/AttributeMap.h"
 #include "collection/internal/PartSharing.h"
@@ -23,6 +24,7 @@
 #include <typeinfo>
 #include <utility>
 
+using kivds::AttributeRecord;
 using kivds::ByteReader;
 using kivds::ByteWriter;
 using kivds::Fetching;
@@ -63,8 +65,8 @@ CKivDSBaseDicomAttributeCollection::SMeasure CKivDSBaseDicomAttributeCollection:
     for (const auto& [tag, attribute] : Fetching(m_Attributes)) {
         if (!attribute)
             continue;
-        int length = 0;
-        if (!attribute->Serialize(nullptr, length) || length == 0)
+        const int length = AttributeRecord::Length(*attribute);
+        if (length == 0)
             return measure;
         total += kTypeSize + length;
         ++measure.records;
@@ -79,10 +81,8 @@ bool CKivDSBaseDicomAttributeCollection::WriteRecords(ByteWriter& writer) const
         if (!attribute)
             continue;
         writer.I32(attribute->GetType());
-        int length = 0;
-        if (!attribute->Serialize(writer.Position(), length) || length == 0)
+        if (!AttributeRecord::Write(*attribute, writer))
             return false;
-        writer.Advance(length);
     }
     return true;
 }

@@ -105,12 +105,33 @@ public:
     }
 
 private:
+    using Weights = std::map<const Facade*, double>;
+
+    /// The collections that a walk over one comes to: those that are shared count once for each way to them.
+    static double Weight(const Facade& facade, Weights& known)
+    {
+        const auto* const compound = PartAccess::Compound(facade);
+        const auto* const enhanced = PartAccess::Enhanced(facade);
+        if (!compound && !enhanced)
+            return 1;
+        const auto [entry, isNew] =
+            known.emplace(compound ? static_cast<const Facade*>(compound) : enhanced, 1);
+        if (isNew) {
+            for (const Facade* held :
+                 compound ? PartAccess::Members(*compound) : PartAccess::Frames(*enhanced))
+                entry->second += Weight(*held, known);
+        }
+        return entry->second;
+    }
+
     /// Whether a collection is larger than is worth the time: values, members and frames can double at every
     /// step.
     static bool IsOvergrown(Facade& facade)
     {
         int length = 0;
-        return facade.IsGood() && facade.Serialize(nullptr, length) && length > 2048;
+        Weights known;
+        return facade.IsGood() &&
+               (Weight(facade, known) > 100 || (facade.Serialize(nullptr, length) && length > 2048));
     }
 
     /// One of the collections, emptied when it has grown too large.

@@ -8,10 +8,13 @@ namespace kivds {
 
 inline bool IsWhole(const CKivDSDicomAttribute& copy, const CKivDSDicomAttribute& src)
 {
+    // The values are those of the base class, whatever a derived class says of them.
+    using Attribute = CKivDSDicomAttribute;
     int copied = 0;
     int values = 0;
-    return copy.GetNumberOfValues(&copied) && src.GetNumberOfValues(&values) && copied == values &&
-           copy.IsMultiFrame() == src.IsMultiFrame();
+    copy.Attribute::GetNumberOfValues(&copied);
+    src.Attribute::GetNumberOfValues(&values);
+    return copied == values && copy.Attribute::IsMultiFrame() == src.IsMultiFrame();
 }
 
 inline bool IsWhole(const CKivDSCodeSequenceAttribute& copy, const CKivDSCodeSequenceAttribute& src)

@@ -86,20 +86,22 @@ BLOCKS = [
 
 class Results:
     def __init__(self, folder):
-        samples, self.blocks, self.came, self.versions, self.rounds = {}, {}, {}, {}, 0
+        fastest, medians, self.blocks, self.came, self.versions = {}, {}, {}, {}, {}
         for path in sorted(pathlib.Path(folder).glob("*.tsv")):
             lines = path.read_text().splitlines()
             name, version = lines[0][2:].split("\t")
             self.versions[name] = version
             for line in lines[1:]:
-                work, size, nanoseconds, blocks, came = line.split("\t")
+                work, size, fast, median, blocks, came = line.split("\t")
                 key = work, int(size), name
-                samples.setdefault(key, []).append(float(nanoseconds))
+                fastest.setdefault(key, []).append(float(fast))
+                medians.setdefault(key, []).append(float(median))
                 self.blocks[key] = float(blocks)
                 self.came.setdefault(key[:2], {})[name] = came
-        self.times = {key: min(values) for key, values in samples.items()}
-        self.rounds = max(map(len, samples.values()))
-        self.spread = statistics.median(max(values) / min(values) for values in samples.values() if min(values) > 1)
+        self.times = {key: min(values) for key, values in fastest.items()}
+        self.medians = {key: statistics.median(values) for key, values in medians.items()}
+        self.rounds = max(map(len, fastest.values()))
+        self.spread = statistics.median(self.medians[key] / time for key, time in self.times.items() if time > 1)
         self.columns = [name for name in COLOURS if name in self.versions]
         self.peers = [name for name in self.columns if name != OURS]
 
@@ -109,6 +111,9 @@ class Results:
     def ratio(self, work, size, column):
         ours, other = self.time(work, size), self.time(work, size, column)
         return ours / other if ours is not None and other else None
+
+    def median_ratio(self, work, size, column):
+        return self.medians[work, size, OURS] / self.medians[work, size, column]
 
     def sizes(self, work):
         return sorted(size for w, size, column in self.times if w == work and column == OURS)
@@ -139,8 +144,9 @@ def times_table(results):
                    key=lambda p: results.time(work, size, p), default=None)
         rows.append([f"{label} (ns {'an' if unit[0] in 'aei' else 'a'} {unit})"] +
                     [nanoseconds(results.time(work, size, c)) for c in results.columns] +
-                    [f"{ratio_text(results.ratio(work, size, best))} ({best})" if best else "–"])
-    return table(["work"] + results.columns + ["ours / best other"], rows)
+                    [f"{ratio_text(results.ratio(work, size, best))} ({best})" if best else "–"] +
+                    [ratio_text(results.median_ratio(work, size, best)) if best else "–"])
+    return table(["work"] + results.columns + ["ours / best other", "of medians"], rows)
 
 
 def blocks_table(results):
@@ -154,14 +160,15 @@ def blocks_table(results):
 def targets_table(results):
     rows = []
 
-    def add(label, target, value, met):
-        rows.append([label, target, value, "met" if met else "**missed**"])
+    def add(label, target, value, met, of_medians=""):
+        rows.append([label, target, value, of_medians, "met" if met else "**missed**"])
 
     for label, work, size, limits in RATIOS:
         for column, most in limits.items():
             ratio = results.ratio(work, size, column)
             if ratio is not None:
-                add(label, f"≤ {most:g} of {column}", f"{ratio:.2f}", ratio <= most)
+                add(label, f"≤ {most:g} of {column}", f"{ratio:.2f}", ratio <= most,
+                    f"{results.median_ratio(work, size, column):.2f}")
     for label, work, size, small, most in FLAT:
         if results.time(work, size) and results.time(work, small):
             ratio = results.time(work, size) / results.time(work, small)
@@ -173,7 +180,7 @@ def targets_table(results):
     for label, work, most in BLOCKS:
         blocks = results.blocks[work, 0, OURS]
         add(label, f"≤ {most}", f"{blocks:.2f}", blocks <= most + 0.05)  # the collection itself has a few blocks
-    return table(["work", "target", "measured", ""], rows)
+    return table(["work", "target", "measured", "of medians", ""], rows)
 
 
 def growth_tables(results):

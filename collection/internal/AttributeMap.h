@@ -19,25 +19,27 @@ class FetchingIterator
 public:
     FetchingIterator(Iterator at, Iterator end) : m_Next(at), m_End(end) { Fetch(); }
 
-    auto& operator*() const { return *Position(); }
-    auto* operator->() const { return &*Position(); }
+    auto& operator*() const { return *m_At; }
+    auto* operator->() const { return &*m_At; }
     FetchingIterator& operator++()
     {
-        if (++m_nAt == m_nFetched)
+        if (m_nTaken < m_nFetched)
+            m_At = m_Fetched[m_nTaken++];
+        else
             Fetch();
         return *this;
     }
-    bool operator!=(const FetchingIterator& other) const { return Position() != other.Position(); }
-    bool AtEnd() const { return Position() == m_End; }
-    Iterator Position() const { return m_Fetched[m_nAt]; }
+    bool operator!=(const FetchingIterator& other) const { return m_At != other.m_At; }
+    bool AtEnd() const { return m_At == m_End; }
+    Iterator Position() const { return m_At; }
 
 private:
     static constexpr int kMost = 8; // enough to keep the memory busy
 
     void Fetch()
     {
-        m_nAt = 0;
-        m_Fetched[0] = m_End;
+        m_At = m_Next;
+        m_nTaken = 1;
         for (m_nFetched = 0; m_nFetched < kMost && m_Next != m_End; ++m_Next) {
 #if defined(__GNUC__)
             if (const auto* const attribute = reinterpret_cast<const char*>(m_Next->second)) {
@@ -49,11 +51,12 @@ private:
         }
     }
 
+    Iterator m_At;
+    Iterator m_Next; // the first one that is not fetched
+    Iterator m_End;
     Iterator m_Fetched[kMost];
     int m_nFetched = 0;
-    int m_nAt = 0;
-    Iterator m_Next;
-    Iterator m_End;
+    int m_nTaken = 0;
 };
 
 /// All entries of a map, for a range-based for that fetches ahead.
@@ -78,27 +81,34 @@ void WalkTogether(Map& a, const AttributeMap& b, OnlyA onlyA, Both both, OnlyB o
 {
     auto x = Fetching(a).begin();
     auto y = Fetching(b).begin();
-    const auto next = [&x] {
-        const auto passed = x.Position();
+    const auto mine = [&x] { // an entry that is passed before it is given away
+        const auto entry = x.Position();
         ++x;
-        return passed;
+        return entry;
     };
-    for (;;) {
-        while (!x.AtEnd() && !x->second)
+    while (!x.AtEnd() && !y.AtEnd()) {
+        if (!x->second) {
             ++x;
-        while (!y.AtEnd() && !y->second)
+        } else if (!y->second) {
             ++y;
-        if (x.AtEnd() && y.AtEnd())
-            return;
-        if (y.AtEnd() || (!x.AtEnd() && x->first < y->first)) {
-            onlyA(next());
-        } else if (x.AtEnd() || y->first < x->first) {
+        } else if (x->first < y->first) {
+            onlyA(mine());
+        } else if (y->first < x->first) {
             onlyB(x.Position(), y->first, *y->second);
             ++y;
         } else {
-            both(next(), *y->second);
+            both(mine(), *y->second);
             ++y;
         }
+    }
+    while (!x.AtEnd()) {
+        const auto entry = mine();
+        if (entry->second)
+            onlyA(entry);
+    }
+    for (; !y.AtEnd(); ++y) {
+        if (y->second)
+            onlyB(x.Position(), y->first, *y->second);
     }
 }
 

@@ -83,7 +83,7 @@ struct PartAccess
                             const CKivDSDicomAttributeCollection& target)
     {
         Holders seen;
-        return AnyReaches(enhanced, enhanced.m_MFCollections, target, seen);
+        return AnyReaches(enhanced, Frames(enhanced), target, seen);
     }
 
     static CKivDSCompoundCollection* Compound(const CKivDSDicomAttributeCollection& facade) noexcept
@@ -94,6 +94,18 @@ struct PartAccess
     static CKivDSEnhancedMFCollection* Enhanced(const CKivDSDicomAttributeCollection& facade) noexcept
     {
         return facade.m_pEnhancedMFCollection;
+    }
+
+    static const std::vector<CKivDSDicomAttributeCollection*>&
+    Members(const CKivDSCompoundCollection& compound) noexcept
+    {
+        return compound.m_Collections;
+    }
+
+    static const std::vector<CKivDSDicomAttributeCollection*>&
+    Frames(const CKivDSEnhancedMFCollection& enhanced) noexcept
+    {
+        return enhanced.m_MFCollections;
     }
 
     /// The facade whose parts stand for `facade` in set operations.
@@ -150,9 +162,8 @@ private:
     {
         const CKivDSCompoundCollection* const compound = facade.m_pCompoundCollection;
         const CKivDSEnhancedMFCollection* const enhanced = facade.m_pEnhancedMFCollection;
-        return &facade == &target ||
-               (compound && AnyReaches(*compound, compound->m_Collections, target, seen)) ||
-               (enhanced && AnyReaches(*enhanced, enhanced->m_MFCollections, target, seen));
+        return &facade == &target || (compound && AnyReaches(*compound, Members(*compound), target, seen)) ||
+               (enhanced && AnyReaches(*enhanced, Frames(*enhanced), target, seen));
     }
 
     static bool AnyReaches(const CKivDSDicomAttributeCollection& holder,

@@ -25,22 +25,21 @@ public:
         return reader;
     }
 
-    bool Ok() const noexcept { return m_Ok; }
-    int Left() const noexcept { return m_Left; }
+    bool Ok() const noexcept { return m_Left >= 0; }
+    int Left() const noexcept { return m_Left > 0 ? m_Left : 0; }
     int Consumed() const noexcept { return static_cast<int>(m_Data - m_Start); }
     const char* Position() const noexcept { return m_Data; }
 
     bool Fail() noexcept
     {
-        m_Ok = false;
-        m_Left = 0;
+        m_Left = -1;
         return false;
     }
 
     /// The next `bytes` bytes, where they lie; null, and the reader fails, when so many are not left.
     const char* Take(std::int64_t bytes) noexcept
     {
-        if (bytes < 0 || bytes > m_Left || !m_Ok) {
+        if (bytes < 0 || bytes > m_Left) {
             Fail();
             return nullptr;
         }
@@ -67,7 +66,7 @@ public:
     /// The next signed 32-bit field, left in place; 0 when it is not there.
     std::int32_t PeekI32() const noexcept
     {
-        return m_Ok && m_Left >= 4 ? static_cast<std::int32_t>(Load(m_Data)) : 0;
+        return m_Left >= 4 ? static_cast<std::int32_t>(Load(m_Data)) : 0;
     }
 
     /// Enters a stream that is nested in the one being read; false, and the reader fails, when that is deeper
@@ -96,7 +95,7 @@ public:
     {
         ByteReader part(m_Data, length);
         part.m_Depth = m_Depth;
-        if (!m_Ok || length < 0 || length > m_Left)
+        if (length < 0 || length > m_Left)
             part.Fail();
         return part;
     }
@@ -112,11 +111,10 @@ private:
 
     const char* m_Start;
     const char* m_Data;
-    int m_Left;
+    int m_Left; // negative: the reader has failed
     int m_Depth = 0;
     std::int64_t m_nPaid = 0;
     std::int64_t m_nAllowance = std::int64_t{48} * 1024;
-    bool m_Ok = true;
 };
 
 } // namespace kivds
