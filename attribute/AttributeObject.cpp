@@ -1,6 +1,5 @@
 // The attribute as an object: construction, copying, release, storage of its values, plain accessors.
 #include "attribute/CKivDSDicomAttribute.h"
-#include "attribute/internal/AttributeMemory.h"
 #include "attribute/internal/GatheredValues.h"
 #include "attribute/internal/WholeCopy.h"
 #include "foundation/internal/ElementTypes.h"
@@ -59,29 +58,6 @@ CKivDSDicomAttribute::~CKivDSDicomAttribute()
     // Named by class: a destructor reaches its own class's operations only.
     CKivDSDicomAttribute::Clean();
     CKivDSDicomAttribute::ResetMultiFrameInfo();
-}
-
-void* CKivDSDicomAttribute::operator new(std::size_t bytes)
-{
-    void* const memory = kivds::NewAttributeMemory(bytes);
-    if (!memory)
-        throw std::bad_alloc();
-    return memory;
-}
-
-void* CKivDSDicomAttribute::operator new(std::size_t bytes, const std::nothrow_t&) noexcept
-{
-    return kivds::NewAttributeMemory(bytes);
-}
-
-void CKivDSDicomAttribute::operator delete(void* memory) noexcept
-{
-    kivds::DeleteAttributeMemory(memory);
-}
-
-void CKivDSDicomAttribute::operator delete(void* memory, const std::nothrow_t&) noexcept
-{
-    kivds::DeleteAttributeMemory(memory);
 }
 
 // Copies the one small value that lies inside `src`, as it does of most attributes, into this attribute
@@ -286,8 +262,6 @@ bool CKivDSDicomAttribute::CopyAttributeValue(const SKivAGAttributeValue* const 
 
 void CKivDSDicomAttribute::Clean()
 {
-    if (!m_pValues)
-        return; // nothing is held
     m_pGathered.reset();
     for (int i = 0; i < m_nNumberOfValues; ++i)
         DeleteAttributeValue(m_pValues[i]);

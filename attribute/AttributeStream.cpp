@@ -174,8 +174,9 @@ int AttributeRecord::Length(const CKivDSDicomAttribute& attribute)
 
 bool AttributeRecord::Write(const CKivDSDicomAttribute& attribute, ByteWriter& writer)
 {
-    if (attribute.IsPlain()) {
-        // It has been measured: what it comes to need not be known before it is written.
+    if (attribute.IsPlain() && !attribute.m_pFrameRange) {
+        // Its values come to what they came to when they were measured, which need not be known beforehand. A
+        // frame range is another module's, and is not trusted to.
         ByteWriter total(writer.Position());
         const std::int64_t start = writer.Written();
         if (!attribute.WriteFields(writer, 0, true))

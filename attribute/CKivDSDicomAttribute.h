@@ -11,7 +11,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <new>
 
 namespace kivds {
 struct AttributeRecord;
@@ -36,16 +35,6 @@ public:
     /// A copy of everything but the attribute type, which tells an object's class. " Out of memory ": the
     /// copy then holds no values and no frame range, and both flags are false.
     CKivDSDicomAttribute(const CKivDSDicomAttribute& src);
-
-    /// Attributes that are made together lie together: a thread takes their memory from the heap by the slab
-    /// of 8 KiB, which is used anew when the last attribute in it is gone. An attribute may be made on one
-    /// thread and deleted on another. The first form throws std::bad_alloc, the second gives null.
-    static void* operator new(std::size_t bytes);
-    static void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept;
-    static void* operator new(std::size_t, void* place) noexcept { return place; }
-    static void operator delete(void* memory) noexcept;
-    static void operator delete(void* memory, const std::nothrow_t&) noexcept;
-    static void operator delete(void*, void*) noexcept {}
 
     // The virtual operations stand in the order of the virtual table.
 

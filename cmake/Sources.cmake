@@ -59,7 +59,6 @@ set(KivDSDataUObjects_SOURCES
     attribute/AttributeText.cpp
     attribute/CKivDSCodeSequenceAttribute.cpp
     attribute/CKivDSDicomAttributeFactory.cpp
-    attribute/internal/AttributeMemory.cpp
     attribute/internal/DumpChannel.cpp
     attribute/internal/FrameRange.cpp
     attribute/internal/GatheredValues.cpp

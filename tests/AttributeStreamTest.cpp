@@ -94,6 +94,20 @@ TEST_F(AttributeStreamTest, WhatCannotBeWrittenIsRefused)
         {inconsistent,
          inconsistent,
          {L"CKivDSCodeSequenceAttribute::Serialize", L"Failed to serialize base class attribute data", 0}});
+    // In a collection, which asks for all lengths first, and where two lies may come to the truth.
+    for (const int more : {-4, 4}) {
+        CKivDSDicomAttributeCollection collection;
+        for (const int lie : {more, -more}) {
+            const OtherFactory lying(std::make_unique<LyingRange>(true, lie));
+            auto liar = Numbers(lie == more ? 0x00091001 : 0x00091002, {1, 2});
+            liar->SetMultiFrameInfo(1, 2);
+            Add(collection, std::move(liar));
+        }
+        EXPECT_FALSE(collection.Serialize(buffer, size));
+        ClaimEach({inconsistent,
+                   {L"CKivDSBaseDicomAttributeCollection::Serialize",
+                    L"Inconsistent serialization format: serialization aborted", 0}});
+    }
     const OtherFactory unknown(std::make_unique<LyingRange>(false, 0));
     plain->SetMultiFrameInfo(1, 2);
     EXPECT_TRUE(plain->GetSize() == 0 && plain->Serialize(nullptr, size) && size == 0);

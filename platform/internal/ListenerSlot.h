@@ -2,16 +2,29 @@
 // constant-initialised and never destroyed, so that it works from load to unload, and a call takes no memory.
 #pragma once
 
-#include "platform/internal/StaticLock.h"
-
 #include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <thread>
+#if defined(_WIN32)
+#include <windows.h>
+#else
+#include <mutex>
+#endif
 
 namespace kivds {
 
 #if defined(_WIN32)
+/// The one lock of this system that needs no set-up, no clean-up and no memory.
+class SlotLock
+{
+public:
+    void lock() { AcquireSRWLockExclusive(&m_Lock); }
+    void unlock() { ReleaseSRWLockExclusive(&m_Lock); }
+
+private:
+    SRWLOCK m_Lock = SRWLOCK_INIT;
+};
 using SlotThread = DWORD;
 inline SlotThread CurrentThread()
 {
@@ -22,6 +35,7 @@ inline void PauseThread()
     Sleep(1);
 }
 #else
+using SlotLock = std::mutex;
 using SlotThread = std::thread::id;
 inline SlotThread CurrentThread()
 {
@@ -128,7 +142,7 @@ private:
     }
 
     std::atomic<bool> m_bListening{false}; // lets a call end at once when nobody listens
-    StaticLock m_Lock;                     // guards what follows; never held while a listener runs
+    SlotLock m_Lock;                       // guards what follows; never held while a listener runs
     Listener m_Listener = nullptr;
     void* m_pContext = nullptr;
     std::uint64_t m_nGeneration = 0; // counts the listeners set
