@@ -27,6 +27,10 @@
 #include <exception>
 #include <memory>
 #include <random>
+#include <stdexcept>
+
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace kivds::peers {
 
@@ -87,15 +91,22 @@ public:
     {
     }
 
+    /// Each group of works in a process of its own, so that none finds the heap as another has left it.
     void Run()
     {
-        Collections();
-        SmallValues();
-        Growth();
-        Series();
-        CompleteFrames();
-        Values();
-        Bytes();
+        Apart([this] { Collections(); });
+        Apart([this] { SmallValues(); });
+        for (const std::size_t size : {16U, 64U, 256U, 1024U, 4096U, 16384U}) {
+            if (size <= Toolkit::kMostElements)
+                Apart([=] { Growth(size); });
+        }
+        Apart([this] { Series(); });
+        Apart([this] { CompleteFrames(); });
+        Apart([this] { Values(); });
+        for (const std::size_t kib : {1U, 64U, 4096U, 65536U}) {
+            if (kib <= 4096 || !m_bShort)
+                Apart([=] { Bytes(kib); });
+        }
     }
 
 private:
@@ -281,62 +292,74 @@ private:
         measure("small read", [&] { return Toolkit::Read(stream.data(), stream.size()); });
     }
 
-    /// Collections of 16 elements and more, so many of each size that they hold about the same.
-    void Growth()
+    /// Runs `work` in a process of its own, which begins with this one's heap.
+    template <class Work>
+    static void Apart(Work work)
+    {
+        std::fflush(stdout);
+        const pid_t child = fork();
+        if (child == 0) {
+            work();
+            std::fflush(stdout);
+            _exit(0);
+        }
+        int status = 0;
+        if (child < 0 || waitpid(child, &status, 0) != child || status != 0)
+            throw std::runtime_error("a part of the measurement has failed");
+    }
+
+    /// Collections of `size` elements, so many of each size that they hold about the same.
+    void Growth(std::size_t size)
     {
         const std::size_t total = m_bShort ? 1U << 14 : 1U << 16;
-        for (const std::size_t size : {16U, 64U, 256U, 1024U, 4096U, 16384U}) {
-            if (size > Toolkit::kMostElements)
-                break;
-            const std::size_t count = std::max<std::size_t>(1, total / size);
-            const std::size_t elements = count * size;
-            const DataSet left = MakeElements(0x00100010, size);
-            const DataSet right = MakeElements(0x00100010 + static_cast<std::uint32_t>(size / 2) * 2, size);
-            // The shared tags hold the same values on both sides.
-            DataSet other(left.begin() + static_cast<std::ptrdiff_t>(size / 2), left.end());
-            for (const Element& element : right) {
-                if (element.m_Tag > left.back().m_Tag)
-                    other.push_back(element);
-            }
-            const auto build = [&](const DataSet& dataSet) {
-                Sets sets;
-                for (std::size_t i = 0; i < count; ++i)
-                    sets.push_back(Toolkit::Build(dataSet));
-                return sets;
-            };
-            m_Meter.Measure(
-                "build n", size, elements, [&] { return Sets(); }, [&](Sets& sets) { sets = build(left); },
-                [](Sets& sets) { return DigestOf(sets); });
-            Sets sets = build(left);
-            Sets equals = build(left);
-            m_Meter.Measure(
-                "compare n", size, elements, [] { return std::size_t{0}; },
-                [&](std::size_t& equal) {
-                    for (std::size_t i = 0; i < count; ++i)
-                        equal += Toolkit::Equal(sets[i], equals[i]) ? 1 : 0;
-                },
-                [](std::size_t& equal) { return std::to_string(equal) + " equal"; });
-            std::vector<std::uint32_t> tags;
-            for (const Element& element : left)
-                tags.push_back(element.m_Tag);
-            std::shuffle(tags.begin(), tags.end(), std::mt19937(1));
-            const std::size_t probes = std::min<std::size_t>(elements, m_bShort ? 4096 : 16384);
-            m_Meter.Measure(
-                "look up n", size, probes, [] { return std::uint64_t{0}; },
-                [&](std::uint64_t& sum) {
-                    for (std::size_t i = 0; i < probes; ++i)
-                        sum += Toolkit::Find(sets[i % count], tags[(i / count) % size]);
-                },
-                [](std::uint64_t& sum) { return "tags found, sum " + std::to_string(sum); });
-            const Sets others = build(other);
-            m_Meter.Measure(
-                "unite n", size, elements, [&] { return build(left); },
-                [&](Sets& united) {
-                    for (std::size_t i = 0; i < count; ++i)
-                        Toolkit::Unite(united[i], others[i]);
-                },
-                [](Sets& united) { return DigestOf(united); });
+        const std::size_t count = std::max<std::size_t>(1, total / size);
+        const std::size_t elements = count * size;
+        const DataSet left = MakeElements(0x00100010, size);
+        const DataSet right = MakeElements(0x00100010 + static_cast<std::uint32_t>(size / 2) * 2, size);
+        // The shared tags hold the same values on both sides.
+        DataSet other(left.begin() + static_cast<std::ptrdiff_t>(size / 2), left.end());
+        for (const Element& element : right) {
+            if (element.m_Tag > left.back().m_Tag)
+                other.push_back(element);
         }
+        const auto build = [&](const DataSet& dataSet) {
+            Sets sets;
+            for (std::size_t i = 0; i < count; ++i)
+                sets.push_back(Toolkit::Build(dataSet));
+            return sets;
+        };
+        m_Meter.Measure(
+            "build n", size, elements, [&] { return Sets(); }, [&](Sets& sets) { sets = build(left); },
+            [](Sets& sets) { return DigestOf(sets); });
+        Sets sets = build(left);
+        Sets equals = build(left);
+        m_Meter.Measure(
+            "compare n", size, elements, [] { return std::size_t{0}; },
+            [&](std::size_t& equal) {
+                for (std::size_t i = 0; i < count; ++i)
+                    equal += Toolkit::Equal(sets[i], equals[i]) ? 1 : 0;
+            },
+            [](std::size_t& equal) { return std::to_string(equal) + " equal"; });
+        std::vector<std::uint32_t> tags;
+        for (const Element& element : left)
+            tags.push_back(element.m_Tag);
+        std::shuffle(tags.begin(), tags.end(), std::mt19937(1));
+        const std::size_t probes = std::min<std::size_t>(elements, m_bShort ? 4096 : 16384);
+        m_Meter.Measure(
+            "look up n", size, probes, [] { return std::uint64_t{0}; },
+            [&](std::uint64_t& sum) {
+                for (std::size_t i = 0; i < probes; ++i)
+                    sum += Toolkit::Find(sets[i % count], tags[(i / count) % size]);
+            },
+            [](std::uint64_t& sum) { return "tags found, sum " + std::to_string(sum); });
+        const Sets others = build(other);
+        m_Meter.Measure(
+            "unite n", size, elements, [&] { return build(left); },
+            [&](Sets& united) {
+                for (std::size_t i = 0; i < count; ++i)
+                    Toolkit::Unite(united[i], others[i]);
+            },
+            [](Sets& united) { return DigestOf(united); });
     }
 
     /// A series of images that share 250 elements and have 8 of their own.
@@ -410,82 +433,74 @@ private:
         }
     }
 
-    /// One value of up to 64 MiB; units are kibibytes. Beside it what copying and comparing such bytes costs.
-    void Bytes()
+    /// One value; units are kibibytes. Beside it what copying and comparing such bytes costs.
+    void Bytes(std::size_t kib)
     {
-        for (const std::size_t kib : {1U, 64U, 4096U, 65536U}) {
-            if (m_bShort && kib > 4096)
-                continue;
-            const std::size_t rounds = std::max<std::size_t>(1, 4096 / kib);
-            const std::size_t size = kib * 1024;
-            const DataSet dataSet{MakeBytes(size)};
-            const std::string& bytes = dataSet[0].m_Field;
-            const std::string equalBytes = bytes;
-            const auto times = [rounds](auto work) {
-                for (std::size_t i = 0; i < rounds; ++i)
-                    work();
-            };
-            const auto no = [](auto&) { return std::string(); };
-            const auto none = [] { return 0; };
-            using Blocks = std::vector<std::unique_ptr<char[]>>;
-            const auto noBlocks = [&] {
-                Blocks blocks;
-                blocks.reserve(rounds);
-                return blocks;
-            };
-            const auto noSets = [&] {
-                Sets sets;
-                sets.reserve(rounds);
-                return sets;
-            };
-            const auto digest = [](Sets& sets) { return DigestOf(sets); };
-            m_Meter.Measure(
-                "memcpy fresh", kib, kib * rounds, noBlocks,
-                [&](Blocks& blocks) {
-                    times([&] {
-                        blocks.emplace_back(new char[size]);
-                        g_Copy(blocks.back().get(), bytes.data(), size);
-                    });
-                },
-                no);
-            m_Meter.Measure(
-                "bytes build", kib, kib * rounds, noSets,
-                [&](Sets& sets) { times([&] { sets.push_back(Toolkit::Build(dataSet)); }); }, digest);
-            Set original = Toolkit::Build(dataSet);
-            m_Meter.Measure(
-                "bytes copy", kib, kib * rounds, noSets,
-                [&](Sets& sets) { times([&] { sets.push_back(Toolkit::Copy(original)); }); }, digest);
-            std::string stream = StreamOf(original);
-            m_Meter.Measure(
-                "bytes read", kib, kib * rounds, noSets,
-                [&](Sets& sets) {
-                    times([&] { sets.push_back(Toolkit::Read(stream.data(), stream.size())); });
-                },
-                digest);
-            m_Meter.Measure(
-                "memcpy warm", kib, kib * rounds, none,
-                [&](int&) { times([&] { g_Copy(stream.data(), bytes.data(), size); }); }, no);
-            m_Meter.Measure(
-                "bytes write", kib, kib * rounds, none,
-                [&](int&) {
-                    times([&] { Toolkit::Write(original, stream.data(), Toolkit::Length(original)); });
-                },
-                [&](int&) {
-                    return std::string(stream.find(bytes) != std::string::npos ? "bytes found"
-                                                                               : "bytes not found");
+        const std::size_t rounds = std::max<std::size_t>(1, 4096 / kib);
+        const std::size_t size = kib * 1024;
+        const DataSet dataSet{MakeBytes(size)};
+        const std::string& bytes = dataSet[0].m_Field;
+        const std::string equalBytes = bytes;
+        const auto times = [rounds](auto work) {
+            for (std::size_t i = 0; i < rounds; ++i)
+                work();
+        };
+        const auto no = [](auto&) { return std::string(); };
+        const auto none = [] { return 0; };
+        using Blocks = std::vector<std::unique_ptr<char[]>>;
+        const auto noBlocks = [&] {
+            Blocks blocks;
+            blocks.reserve(rounds);
+            return blocks;
+        };
+        const auto noSets = [&] {
+            Sets sets;
+            sets.reserve(rounds);
+            return sets;
+        };
+        const auto digest = [](Sets& sets) { return DigestOf(sets); };
+        m_Meter.Measure(
+            "memcpy fresh", kib, kib * rounds, noBlocks,
+            [&](Blocks& blocks) {
+                times([&] {
+                    blocks.emplace_back(new char[size]);
+                    g_Copy(blocks.back().get(), bytes.data(), size);
                 });
-            m_Meter.Measure(
-                "memcmp", kib, kib * rounds, none,
-                [&](int& equal) {
-                    times([&] { equal += g_Compare(bytes.data(), equalBytes.data(), size) == 0 ? 1 : 0; });
-                },
-                [](int& equal) { return std::to_string(equal); });
-            Set other = Toolkit::Build(dataSet);
-            m_Meter.Measure(
-                "bytes compare", kib, kib * rounds, none,
-                [&](int& equal) { times([&] { equal += Toolkit::Equal(original, other) ? 1 : 0; }); },
-                [](int& equal) { return std::to_string(equal); });
-        }
+            },
+            no);
+        m_Meter.Measure(
+            "bytes build", kib, kib * rounds, noSets,
+            [&](Sets& sets) { times([&] { sets.push_back(Toolkit::Build(dataSet)); }); }, digest);
+        Set original = Toolkit::Build(dataSet);
+        m_Meter.Measure(
+            "bytes copy", kib, kib * rounds, noSets,
+            [&](Sets& sets) { times([&] { sets.push_back(Toolkit::Copy(original)); }); }, digest);
+        std::string stream = StreamOf(original);
+        m_Meter.Measure(
+            "bytes read", kib, kib * rounds, noSets,
+            [&](Sets& sets) { times([&] { sets.push_back(Toolkit::Read(stream.data(), stream.size())); }); },
+            digest);
+        m_Meter.Measure(
+            "memcpy warm", kib, kib * rounds, none,
+            [&](int&) { times([&] { g_Copy(stream.data(), bytes.data(), size); }); }, no);
+        m_Meter.Measure(
+            "bytes write", kib, kib * rounds, none,
+            [&](int&) { times([&] { Toolkit::Write(original, stream.data(), Toolkit::Length(original)); }); },
+            [&](int&) {
+                return std::string(stream.find(bytes) != std::string::npos ? "bytes found"
+                                                                           : "bytes not found");
+            });
+        m_Meter.Measure(
+            "memcmp", kib, kib * rounds, none,
+            [&](int& equal) {
+                times([&] { equal += g_Compare(bytes.data(), equalBytes.data(), size) == 0 ? 1 : 0; });
+            },
+            [](int& equal) { return std::to_string(equal); });
+        Set other = Toolkit::Build(dataSet);
+        m_Meter.Measure(
+            "bytes compare", kib, kib * rounds, none,
+            [&](int& equal) { times([&] { equal += Toolkit::Equal(original, other) ? 1 : 0; }); },
+            [](int& equal) { return std::to_string(equal); });
     }
 
     std::vector<DataSet> m_DataSets;
