@@ -21,13 +21,11 @@ CKivDSDicomAttribute::CKivDSDicomAttribute(bool bPrivate, bool bMustReplicate)
 CKivDSDicomAttribute::CKivDSDicomAttribute(const CKivDSDicomAttribute& src)
     : m_ulTag(src.m_ulTag), m_nRepresentation(src.m_nRepresentation)
 {
-    if (!CopyInside(src)) {
-        if (src.m_nNumberOfValues > 0 && !AllocAttributeValue(src.m_nNumberOfValues)) {
-            Operation(L"CKivDSDicomAttribute::CKivDSDicomAttribute").Report(L" Out of memory ");
-            return;
-        }
-        FillValues(src.m_pValues, src.m_nNumberOfValues);
+    if (src.m_nNumberOfValues > 0 && !AllocAttributeValue(src.m_nNumberOfValues)) {
+        Operation(L"CKivDSDicomAttribute::CKivDSDicomAttribute").Report(L" Out of memory ");
+        return;
     }
+    FillValues(src.m_pValues, src.m_nNumberOfValues);
     m_bPrivate = src.m_bPrivate;
     m_bMustReplicate = src.m_bMustReplicate;
     m_pFrameRange = src.GetFrameRangeCollection();
@@ -58,24 +56,6 @@ CKivDSDicomAttribute::~CKivDSDicomAttribute()
     // Named by class: a destructor reaches its own class's operations only.
     CKivDSDicomAttribute::Clean();
     CKivDSDicomAttribute::ResetMultiFrameInfo();
-}
-
-// Copies the one small value that lies inside `src`, as it does of most attributes, into this attribute
-// without values. False when that is not what it holds.
-bool CKivDSDicomAttribute::CopyInside(const CKivDSDicomAttribute& src)
-{
-    const SKivAGAttributeValue* const value = src.m_pValues;
-    if (src.m_nNumberOfValues != 1 || value->pData != src.m_InlineData)
-        return false;
-    const std::int64_t bytes = kivds::ByteSize(value->eType, value->nCount);
-    if (bytes <= 0 || bytes >= static_cast<std::int64_t>(sizeof m_InlineData))
-        return false;
-    std::copy(std::begin(src.m_InlineData), std::end(src.m_InlineData), m_InlineData);
-    m_InlineValue = {value->nCount, value->eType, value->nInSequenceIndex, m_InlineData};
-    m_pValues = &m_InlineValue;
-    m_nNumberOfValues = 1;
-    m_bPreallocatedData = true;
-    return true;
 }
 
 // Copies `count` values into the records that AllocAttributeValue has just provided. A value that holds

@@ -307,7 +307,6 @@ private:
     struct SPieceFormat;
     struct SNumberFormat;
 
-    bool CopyInside(const CKivDSDicomAttribute& src);
     bool FillValues(const SKivAGAttributeValue* values, int count);
     void AppendValues(const CKivDSDicomAttribute& b);
     bool ReserveRecords(std::int64_t total);
