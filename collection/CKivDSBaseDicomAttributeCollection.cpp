@@ -4,13 +4,12 @@
 #include "collection/CKivDSBaseDicomAttributeCollection.h"
 
 #include "collection/internal/AttributeCopy.h"
-#include "collection/internal/AttributeMap.h"
+#include "collection/internal/AttributeWalk.h"
 #include "collection/internal/FrameCount.h"
 #include "foundation/internal/Operation.h"
 
-#include <algorithm>
-
-using kivds::Fetching;
+using kivds::AttributeEdit;
+using kivds::AttributeWalk;
 using kivds::Operation;
 
 namespace {
@@ -53,10 +52,11 @@ void CKivDSBaseDicomAttributeCollection::CopyFrom(const CKivDSBaseDicomAttribute
                                                   const Operation& op)
 {
     m_bMultiFrame = src.m_bMultiFrame;
-    for (const auto& [tag, attribute] : Fetching(src.m_Attributes)) {
-        CKivDSDicomAttribute*& entry = m_Attributes.emplace_hint(m_Attributes.end(), tag, nullptr)->second;
+    m_Attributes.Reserve(src.m_Attributes.Size());
+    for (const auto [tag, attribute] : AttributeWalk(src.m_Attributes)) {
+        CKivDSDicomAttribute** const place = m_Attributes.PlaceFor(tag).attribute;
         if (attribute)
-            entry = kivds::CopyOf(*attribute, op).release();
+            *place = kivds::CopyOf(*attribute, op).release();
     }
     SetScope(src.m_pScope, true);
 }
@@ -65,26 +65,19 @@ bool CKivDSBaseDicomAttributeCollection::Clean()
 {
     delete m_pScope;
     m_pScope = nullptr;
-    for (const auto& [tag, attribute] : Fetching(m_Attributes))
-        delete attribute;
-    m_Attributes.clear();
+    m_Attributes.Clear();
     return true;
-}
-
-void CKivDSBaseDicomAttributeCollection::Erase(Map::iterator entry)
-{
-    delete entry->second;
-    m_Attributes.erase(entry);
 }
 
 // Erases the entries whose attribute meets a condition; null entries stay.
 template <class Condition>
 void CKivDSBaseDicomAttributeCollection::EraseIf(Condition condition)
 {
-    for (auto next = m_Attributes.begin(); next != m_Attributes.end();) {
-        const auto entry = next++;
-        if (entry->second && condition(*entry->second))
-            Erase(entry);
+    for (AttributeEdit edit(m_Attributes); !edit.AtEnd();) {
+        if (edit.Attribute() && condition(*edit.Attribute()))
+            edit.Drop();
+        else
+            edit.Keep();
     }
 }
 
@@ -100,16 +93,8 @@ bool CKivDSBaseDicomAttributeCollection::IsCompoundCollection() const
 
 std::map<unsigned long, CKivDSDicomAttribute*>* CKivDSBaseDicomAttributeCollection::GetMapPtr()
 {
-    return &m_Attributes;
-}
-
-// Where a tag is or would stand. Elements come in ascending tag order from files and streams, so the end is
-// tried first.
-CKivDSBaseDicomAttributeCollection::Map::iterator
-CKivDSBaseDicomAttributeCollection::PlaceFor(unsigned long tag)
-{
-    const bool atEnd = m_Attributes.empty() || m_Attributes.rbegin()->first < tag;
-    return atEnd ? m_Attributes.end() : m_Attributes.lower_bound(tag);
+    const Operation op(L"CKivDSBaseDicomAttributeCollection::GetMapPtr");
+    return op.Guard(kivds::kUnexpectedError, [this] { return &m_Attributes.AsMap(); });
 }
 
 bool CKivDSBaseDicomAttributeCollection::AddAttribute(CKivDSDicomAttribute* attr, bool merge)
@@ -120,38 +105,27 @@ bool CKivDSBaseDicomAttributeCollection::AddAttribute(CKivDSDicomAttribute* attr
     unsigned long tag = 0;
     if (!attr->GetTag(&tag))
         return op.Fail(L" Unable to retrieve attribute tag ");
-    const auto place = PlaceFor(tag);
-    const bool present = place != m_Attributes.end() && place->first == tag;
-    if (present && place->second == attr)
+    const auto place = op.Guard(kivds::kUnexpectedError, [&] { return m_Attributes.PlaceFor(tag); });
+    if (!place.attribute)
+        return false;
+    CKivDSDicomAttribute*& held = *place.attribute;
+    if (held == attr)
         return true;
-    if (present && merge && place->second && attr->MustReplicate()) {
-        *place->second += *attr;
+    if (held && merge && attr->MustReplicate()) {
+        *held += *attr;
         delete attr;
         return true;
     }
-    if (present) {
-        delete place->second;
-        place->second = attr;
-    } else {
-        const bool stored = op.Guard(kivds::kUnexpectedError, [&] {
-            m_Attributes.emplace_hint(place, tag, attr);
-            return true;
-        });
-        if (!stored)
-            return false;
-    }
-    if (!(present && merge) && attr->IsMultiFrame())
+    delete held;
+    held = attr;
+    if ((place.isNew || !merge) && attr->IsMultiFrame())
         m_bMultiFrame = true;
     return true;
 }
 
 bool CKivDSBaseDicomAttributeCollection::RemoveAttribute(unsigned long tag)
 {
-    const auto entry = m_Attributes.find(tag);
-    if (entry == m_Attributes.end())
-        return false;
-    Erase(entry);
-    return true;
+    return m_Attributes.Erase(tag);
 }
 
 bool CKivDSBaseDicomAttributeCollection::RemoveAllAttributes()
@@ -179,61 +153,65 @@ bool CKivDSBaseDicomAttributeCollection::GetAttribute(unsigned long tag,
 {
     if (!out)
         return Operation(L"CKivDSBaseDicomAttributeCollection::GetAttribute").Fail(kNullOutput);
-    const auto entry = m_Attributes.find(tag);
-    *out = entry != m_Attributes.end() ? entry->second : nullptr;
-    return entry != m_Attributes.end();
+    CKivDSDicomAttribute* const* const found = m_Attributes.Find(tag);
+    *out = found ? *found : nullptr;
+    return found != nullptr;
 }
 
 bool CKivDSBaseDicomAttributeCollection::GetAttributePtr(unsigned long tag, CKivDSDicomAttribute** out)
 {
     if (!out)
         return Operation(L"CKivDSBaseDicomAttributeCollection::GetAttributePtr").Fail(kNullOutput);
-    const auto entry = m_Attributes.find(tag);
-    *out = entry != m_Attributes.end() ? entry->second : nullptr;
-    return entry != m_Attributes.end();
+    CKivDSDicomAttribute* const* const found = m_Attributes.Find(tag);
+    *out = found ? *found : nullptr;
+    return found != nullptr;
 }
 
 bool CKivDSBaseDicomAttributeCollection::HasAttribute(unsigned long tag) const
 {
-    return m_Attributes.find(tag) != m_Attributes.end();
+    return m_Attributes.Find(tag) != nullptr;
 }
 
 bool CKivDSBaseDicomAttributeCollection::GetNumberOfAttributes(long* count) const
 {
     if (!count)
         return Operation(L"CKivDSBaseDicomAttributeCollection::GetNumberOfAttributes").Fail(kNullOutput);
-    *count = static_cast<long>(m_Attributes.size());
+    *count = static_cast<long>(m_Attributes.Size());
     return true;
+}
+
+// The number of attributes that meet a condition.
+template <class Condition>
+long CKivDSBaseDicomAttributeCollection::CountIf(Condition condition) const
+{
+    long count = 0;
+    for (const auto [tag, attribute] : AttributeWalk(m_Attributes))
+        count += attribute && condition(*attribute) ? 1 : 0;
+    return count;
 }
 
 bool CKivDSBaseDicomAttributeCollection::GetNumberOfMultiFrameAttributes(long* count) const
 {
     if (count)
-        *count =
-            static_cast<long>(std::count_if(m_Attributes.begin(), m_Attributes.end(), [](const auto& entry) {
-                return entry.second && entry.second->IsMultiFrame();
-            }));
+        *count = CountIf([](const CKivDSDicomAttribute& attribute) { return attribute.IsMultiFrame(); });
     return true;
 }
 
 bool CKivDSBaseDicomAttributeCollection::GetNumberOfSingleFrameAttributes(long* count) const
 {
     if (count)
-        *count =
-            static_cast<long>(std::count_if(m_Attributes.begin(), m_Attributes.end(), [](const auto& entry) {
-                return entry.second && !entry.second->IsMultiFrame();
-            }));
+        *count = CountIf([](const CKivDSDicomAttribute& attribute) { return !attribute.IsMultiFrame(); });
     return true;
 }
 
 bool CKivDSBaseDicomAttributeCollection::GetNumberOfFrames(int* frames) const
 {
-    const auto entry = m_Attributes.find(kivds::kNumberOfFrames);
-    if (!frames || entry == m_Attributes.end())
+    CKivDSDicomAttribute* const* const found = m_Attributes.Find(kivds::kNumberOfFrames);
+    if (!frames || !found)
         return false;
+    const CKivDSDicomAttribute* const attribute = *found;
     SKivAGAttributeValue value = {};
-    const bool read =
-        entry->second && entry->second->GetValue(0, &value) && kivds::ReadFrameCount(value, *frames);
+    const bool read = attribute && attribute->GetValue(0, &value) && kivds::ReadFrameCount(value, *frames);
     FreeAttributeValue(value);
     return read || Operation(L"CKivDSBaseDicomAttributeCollection::GetNumberOfFrames")
                        .Fail(L"Failed to retrieve the number of image frames");
@@ -241,8 +219,9 @@ bool CKivDSBaseDicomAttributeCollection::GetNumberOfFrames(int* frames) const
 
 void CKivDSBaseDicomAttributeCollection::Dump() const
 {
-    for (const auto& [tag, attribute] : m_Attributes) {
-        if (attribute)
-            attribute->Dump();
+    kivds::AttributeMap::Position position; // a listener may change the part
+    for (bool held = m_Attributes.First(position); held; held = m_Attributes.Next(position)) {
+        if (position.entry.attribute)
+            position.entry.attribute->Dump();
     }
 }

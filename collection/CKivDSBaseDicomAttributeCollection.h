@@ -5,6 +5,7 @@
 // as for the facade.
 #pragma once
 
+#include "collection/AttributeMap.h"
 #include "collection/CKivDSDicomAttributeCollection.h"
 
 /// Failures are reported under "CKivDSBaseDicomAttributeCollection::" and the operation's name.
@@ -60,6 +61,7 @@ public:
     void Dump() const override;
 
 private:
+    /// "Unexpected error" when there is no memory for the map.
     std::map<unsigned long, CKivDSDicomAttribute*>* GetMapPtr() override;
 
 public:
@@ -116,19 +118,18 @@ private:
     friend KIVDS_API CKivDSBaseDicomAttributeCollection*
     operator|(const CKivDSBaseDicomAttributeCollection& a, const CKivDSBaseDicomAttributeCollection& b);
 
-    using Map = std::map<unsigned long, CKivDSDicomAttribute*>;
-
     bool Clean();
     void CopyFrom(const CKivDSBaseDicomAttributeCollection& src, const kivds::Operation& op);
-    void StoreCopy(Map::iterator hint, unsigned long tag, const CKivDSDicomAttribute& attribute,
-                   const kivds::Operation& op);
-    Map::iterator PlaceFor(unsigned long tag);
-    void Erase(Map::iterator entry);
     template <class Condition>
     CKivDSBaseDicomAttributeCollection& Overwrite(const CKivDSBaseDicomAttributeCollection& b,
                                                   const kivds::Operation& op, Condition condition);
     template <class Condition>
+    CKivDSBaseDicomAttributeCollection& Remove(const CKivDSBaseDicomAttributeCollection& b,
+                                               Condition condition);
+    template <class Condition>
     void EraseIf(Condition condition);
+    template <class Condition>
+    long CountIf(Condition condition) const;
     struct SMeasure
     {
         int length = 0;
@@ -141,7 +142,7 @@ private:
     bool WriteRecords(kivds::ByteWriter& writer) const;
     bool ReadPart(kivds::ByteReader& reader, int& size, bool versioned);
 
-    Map m_Attributes; // owns the attributes; an entry is null when the factory could not copy its attribute
+    kivds::AttributeMap m_Attributes;
     bool m_bMultiFrame = false;
     CKivIPPScopeC* m_pScope = nullptr; // owned
 };

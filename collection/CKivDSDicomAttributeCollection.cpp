@@ -332,18 +332,30 @@ void CKivDSDicomAttributeCollection::Dump() const
 
 std::map<unsigned long, CKivDSDicomAttribute*>* CKivDSDicomAttributeCollection::GetMapPtr()
 {
+    Part* const part = PartOfMap();
+    return part ? PartAccess::MapOf(*part) : nullptr;
+}
+
+// The part whose map GetMapPtr lends and the iterators walk.
+Part* CKivDSDicomAttributeCollection::PartOfMap()
+{
+    if (auto* const part = dynamic_cast<Part*>(this))
+        return part;
     if (!IsGood() || RefuseCompound(Operation(L"CKivDSDicomAttributeCollection::GetMapPtr")))
         return nullptr;
-    if (m_pEnhancedMFCollection)
-        return PartAccess::MapOf(*m_pEnhancedMFCollection);
-    return PartAccess::MapOf(*m_pSingleFrameCollection);
+    return m_pEnhancedMFCollection ? m_pEnhancedMFCollection->PartOfMap() : m_pSingleFrameCollection;
 }
 
 std::map<unsigned long, CKivDSDicomAttribute*>* CKivDSDicomAttributeCollection::GetMultiFrameMapPtr()
 {
+    Part* const part = PartOfMultiFrameMap();
+    return part ? PartAccess::MapOf(*part) : nullptr;
+}
+
+// The part whose map GetMultiFrameMapPtr lends and the iterators walk.
+Part* CKivDSDicomAttributeCollection::PartOfMultiFrameMap()
+{
     if (RefuseCompound(Operation(L"CKivDSDicomAttributeCollection::GetMultiFrameMapPtr")))
         return nullptr;
-    if (m_pEnhancedMFCollection)
-        return PartAccess::MultiFrameMapOf(*m_pEnhancedMFCollection);
-    return m_pMultiFrameCollection ? PartAccess::MapOf(*m_pMultiFrameCollection) : nullptr;
+    return m_pEnhancedMFCollection ? m_pEnhancedMFCollection->PartOfMultiFrameMap() : m_pMultiFrameCollection;
 }

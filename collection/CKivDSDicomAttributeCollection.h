@@ -159,9 +159,11 @@ public:
     virtual void Dump() const;
 
 protected:
-    /// The single-frame part's map, lent; null when there is none.
+    /// The single-frame part's map, lent, to be changed at will, for as long as the part lives; null when
+    /// there is none. It makes the part hold a map from now on, which no other thread may look at meanwhile;
+    /// the library itself walks parts without it.
     virtual std::map<unsigned long, CKivDSDicomAttribute*>* GetMapPtr();
-    /// The multi-frame part's map, lent; null when there is none.
+    /// The same of the multi-frame part.
     virtual std::map<unsigned long, CKivDSDicomAttribute*>* GetMultiFrameMapPtr();
 
 public:
@@ -231,6 +233,8 @@ private:
     CKivDSDicomAttributeCollection* Inner() const;
     CKivDSDicomAttributeCollection* ScopeHolder() const;
     CKivDSCompoundCollection* Members() const;
+    CKivDSBaseDicomAttributeCollection* PartOfMap();
+    CKivDSBaseDicomAttributeCollection* PartOfMultiFrameMap();
     template <class Attribute, class Ask>
     bool FindAttribute(Attribute** out, bool searchSingle, bool searchMulti, Ask ask) const;
     bool RefuseCompound(const kivds::Operation& op) const;

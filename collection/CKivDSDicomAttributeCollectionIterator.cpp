@@ -1,5 +1,6 @@
 #include "collection/CKivDSDicomAttributeCollectionIterator.h"
 
+#include "collection/internal/PartSharing.h"
 #include "foundation/internal/Operation.h"
 
 #include <memory>
@@ -10,6 +11,11 @@ using kivds::Operation;
 namespace {
 
 constexpr const wchar_t* kNotInitialized = L"Object not (properly) initialized";
+
+const kivds::AttributeMap* AttributesOf(const CKivDSBaseDicomAttributeCollection* part)
+{
+    return part ? &kivds::PartAccess::AttributesOf(*part) : nullptr;
+}
 
 } // namespace
 
@@ -29,9 +35,9 @@ CKivDSDicomAttributeCollectionIterator::CKivDSDicomAttributeCollectionIterator(
         m_bOwnsCollection = true;
     }
     if (walkSingle || !walkMulti)
-        m_pSingleFrameMap = m_pCollection->GetMapPtr();
+        m_pSingleFrameMap = AttributesOf(m_pCollection->PartOfMap());
     if (walkMulti)
-        m_pMultiFrameMap = m_pCollection->GetMultiFrameMapPtr();
+        m_pMultiFrameMap = AttributesOf(m_pCollection->PartOfMultiFrameMap());
 }
 
 CKivDSDicomAttributeCollectionIterator::~CKivDSDicomAttributeCollectionIterator()
@@ -52,40 +58,39 @@ void CKivDSDicomAttributeCollectionIterator::Invalidate()
 }
 
 // The map that the walk is in.
-CKivDSDicomAttributeCollectionIterator::Map* CKivDSDicomAttributeCollectionIterator::GetAttributeMap()
+const kivds::AttributeMap* CKivDSDicomAttributeCollectionIterator::GetAttributeMap()
 {
     const bool inMulti = m_pMultiFrameMap && (m_bInMultiFrameMap || !m_pSingleFrameMap);
     return inMulti ? m_pMultiFrameMap : m_pSingleFrameMap;
 }
 
-// The attribute at the position, or the next one in this map or the one after it; null entries are passed
-// over.
-CKivDSDicomAttribute* CKivDSDicomAttributeCollectionIterator::AttributeFromHere()
+// The attribute at the position, unless the map that the walk is in has ended (`held` false), or the next one
+// in this map or the one after it; null entries are passed over.
+CKivDSDicomAttribute* CKivDSDicomAttributeCollectionIterator::AttributeFromHere(bool held)
 {
-    for (Map* map = GetAttributeMap();; map = m_pMultiFrameMap) {
-        while (m_Position != map->end() && !m_Position->second)
-            ++m_Position;
-        if (m_Position != map->end())
-            return m_Position->second;
+    for (const kivds::AttributeMap* map = GetAttributeMap();; map = m_pMultiFrameMap) {
+        while (held && !m_Position.entry.attribute)
+            held = map->Next(m_Position);
+        if (held)
+            return m_Position.entry.attribute;
         if (map == m_pMultiFrameMap || !m_pMultiFrameMap)
             return nullptr;
         m_bInMultiFrameMap = true;
-        m_Position = m_pMultiFrameMap->begin();
+        held = m_pMultiFrameMap->First(m_Position);
     }
 }
 
 CKivDSDicomAttribute* CKivDSDicomAttributeCollectionIterator::GetFirstAttribute()
 {
     m_bInMultiFrameMap = false;
-    Map* const map = GetAttributeMap();
+    const kivds::AttributeMap* const map = GetAttributeMap();
     if (!map) {
         Operation(L"CKivDSDicomAttributeCollectionIterator::GetFirstAttribute").Report(kNotInitialized);
         return nullptr;
     }
     m_bInMultiFrameMap = map == m_pMultiFrameMap;
     m_bInvalid = false;
-    m_Position = map->begin();
-    CKivDSDicomAttribute* const first = AttributeFromHere();
+    CKivDSDicomAttribute* const first = AttributeFromHere(map->First(m_Position));
     m_bWalking = first != nullptr;
     return first;
 }
@@ -96,14 +101,12 @@ CKivDSDicomAttribute* CKivDSDicomAttributeCollectionIterator::GetNextAttribute()
         m_bWalking = false;
     if (!m_bWalking)
         return nullptr;
-    const Map* const map = GetAttributeMap();
+    const kivds::AttributeMap* const map = GetAttributeMap();
     if (!map) {
         Operation(L"CKivDSDicomAttributeCollectionIterator::GetNextAttribute").Report(kNotInitialized);
         return nullptr;
     }
-    if (m_Position != map->end())
-        ++m_Position;
-    CKivDSDicomAttribute* const next = AttributeFromHere();
+    CKivDSDicomAttribute* const next = AttributeFromHere(map->Next(m_Position));
     m_bWalking = next != nullptr;
     return next;
 }

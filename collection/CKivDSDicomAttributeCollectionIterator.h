@@ -5,6 +5,7 @@
 // several threads at once, but for Notify and Invalidate.
 #pragma once
 
+#include "collection/AttributeMap.h"
 #include "collection/CKivDSDicomAttributeCollection.h"
 #include "foundation/CKivDSSubscriber.h"
 
@@ -41,14 +42,12 @@ protected:
     CKivDSDicomAttributeCollectionIterator();
 
 private:
-    using Map = std::map<unsigned long, CKivDSDicomAttribute*>;
+    const kivds::AttributeMap* GetAttributeMap();
+    CKivDSDicomAttribute* AttributeFromHere(bool held);
 
-    Map* GetAttributeMap();
-    CKivDSDicomAttribute* AttributeFromHere();
-
-    Map* m_pSingleFrameMap = nullptr;
-    Map::iterator m_Position;
-    Map* m_pMultiFrameMap = nullptr;
+    const kivds::AttributeMap* m_pSingleFrameMap = nullptr;
+    kivds::AttributeMap::Position m_Position;
+    const kivds::AttributeMap* m_pMultiFrameMap = nullptr;
     bool m_bWalking = false;
     std::atomic<bool> m_bInvalid{false}; // set by notifications on other threads
     CKivDSDicomAttributeCollection* m_pCollection = nullptr;

@@ -1,14 +1,14 @@
 // The collection of one frame, the scope narrowed to it, splitting a collection into its parts, and merging
 // collections.
 #include "attribute/internal/Representation.h"
-#include "collection/internal/AttributeMap.h"
+#include "collection/internal/AttributeWalk.h"
 #include "collection/internal/PartSharing.h"
 #include "foundation/internal/Operation.h"
 #include "platform/CKivIPPScopeElementC.h"
 
 #include <memory>
 
-using kivds::Fetching;
+using kivds::AttributeWalk;
 using kivds::Operation;
 using kivds::PartAccess;
 using Facade = CKivDSDicomAttributeCollection;
@@ -39,7 +39,8 @@ std::unique_ptr<CKivDSDicomAttribute> NewFrameIndex(int frame)
 Part::CKivDSBaseDicomAttributeCollection(const Part& src, int frame) : CKivDSDicomAttributeCollection(false)
 {
     const bool copied = kPartConstructor.Guard(kivds::kUnexpectedError, [&] {
-        for (const auto& [tag, attribute] : Fetching(src.m_Attributes)) {
+        m_Attributes.Reserve(src.m_Attributes.Size() + 1); // for the frame index as well
+        for (const auto [tag, attribute] : AttributeWalk(src.m_Attributes)) {
             CKivDSDicomAttribute* copy = nullptr;
             if (!attribute)
                 continue;
@@ -48,9 +49,8 @@ Part::CKivDSBaseDicomAttributeCollection(const Part& src, int frame) : CKivDSDic
             std::unique_ptr<CKivDSDicomAttribute> owned(copy);
             if (!owned)
                 continue; // no value for this frame
-            CKivDSDicomAttribute*& entry =
-                m_Attributes.emplace_hint(m_Attributes.end(), tag, nullptr)->second;
-            entry = owned.release(); // once there is a place for it
+            CKivDSDicomAttribute** const place = m_Attributes.PlaceFor(tag).attribute;
+            *place = owned.release(); // once there is a place for it
         }
         return true;
     });

@@ -1,7 +1,7 @@
 // The set operators, comparison and assignment, on parts and on facades. The parts carry the algorithms; the
 // facade applies them part by part.
 #include "collection/internal/AttributeCopy.h"
-#include "collection/internal/AttributeMap.h"
+#include "collection/internal/AttributeWalk.h"
 #include "collection/internal/PartSharing.h"
 #include "foundation/internal/Operation.h"
 
@@ -9,27 +9,27 @@
 #include <memory>
 #include <utility>
 
-using kivds::Fetching;
+using kivds::AttributeEdit;
+using kivds::AttributeWalk;
 using kivds::Operation;
 using kivds::PartAccess;
-using kivds::WalkTogether;
 using Facade = CKivDSDicomAttributeCollection;
 using Part = CKivDSBaseDicomAttributeCollection;
 
 // ---- parts
 
-// Stores a copy of an attribute under a tag, in place of what is held there. When it cannot be copied, which
-// is reported, nothing changes. May throw; then nothing changes either.
-void Part::StoreCopy(Map::iterator hint, unsigned long tag, const CKivDSDicomAttribute& attribute,
-                     const Operation& op)
+namespace {
+
+/// Stores a copy of an attribute under a tag that `edit` has leapt to, in place of what is held there. When
+/// it cannot be copied, which is reported, nothing changes. May throw; then nothing changes either.
+void PutCopy(AttributeEdit& edit, unsigned long tag, const CKivDSDicomAttribute& attribute,
+             const Operation& op)
 {
-    std::unique_ptr<CKivDSDicomAttribute> copy = kivds::CopyOf(attribute, op);
-    if (!copy)
-        return;
-    CKivDSDicomAttribute*& entry = m_Attributes.emplace_hint(hint, tag, nullptr)->second;
-    delete entry;
-    entry = copy.release();
+    if (std::unique_ptr<CKivDSDicomAttribute> copy = kivds::CopyOf(attribute, op))
+        edit.Put(tag, std::move(copy));
 }
+
+} // namespace
 
 Part& Part::operator+=(const Part& b)
 {
@@ -38,15 +38,16 @@ Part& Part::operator+=(const Part& b)
     m_bMultiFrame = m_bMultiFrame || b.m_bMultiFrame;
     const Operation op(L"CKivDSBaseDicomAttributeCollection::operator +=");
     op.Guard(kivds::kUnexpectedError, [&] {
-        WalkTogether(
-            m_Attributes, b.m_Attributes, [](Map::iterator) {},
-            [](Map::iterator mine, const CKivDSDicomAttribute& theirs) {
-                if (theirs.MustReplicate() || *mine->second != theirs)
-                    *mine->second += theirs;
-            },
-            [&](Map::iterator place, unsigned long tag, const CKivDSDicomAttribute& theirs) {
-                StoreCopy(place, tag, theirs, op);
-            });
+        AttributeEdit edit(m_Attributes);
+        for (const auto [tag, theirs] : AttributeWalk(b.m_Attributes)) {
+            if (!theirs)
+                continue;
+            CKivDSDicomAttribute* const mine = edit.LeapTo(tag) ? edit.Attribute() : nullptr;
+            if (!mine)
+                PutCopy(edit, tag, *theirs, op);
+            else if (theirs->MustReplicate() || *mine != *theirs)
+                *mine += *theirs;
+        }
     });
     return *this;
 }
@@ -71,9 +72,12 @@ Part& Part::Overwrite(const Part& b, const Operation& op, Condition condition)
         return *this;
     m_bMultiFrame = m_bMultiFrame || b.m_bMultiFrame;
     op.Guard(kivds::kUnexpectedError, [&] {
-        for (const auto& [tag, attribute] : Fetching(b.m_Attributes)) {
-            if (attribute && condition(*attribute))
-                StoreCopy(PlaceFor(tag), tag, *attribute, op);
+        AttributeEdit edit(m_Attributes);
+        for (const auto [tag, theirs] : AttributeWalk(b.m_Attributes)) {
+            if (theirs && condition(*theirs)) {
+                edit.LeapTo(tag);
+                PutCopy(edit, tag, *theirs, op);
+            }
         }
     });
     return *this;
@@ -81,29 +85,30 @@ Part& Part::Overwrite(const Part& b, const Operation& op, Condition condition)
 
 Part& Part::operator-=(const Part& b)
 {
-    if (this == &b) {
-        Clean();
-        return *this;
-    }
-    WalkTogether(
-        m_Attributes, b.m_Attributes, [](Map::iterator) {},
-        [this](Map::iterator mine, const CKivDSDicomAttribute& theirs) {
-            if (*mine->second == theirs)
-                Erase(mine);
-        },
-        [](Map::iterator, unsigned long, const CKivDSDicomAttribute&) {});
-    return *this;
+    return Remove(b, [](const CKivDSDicomAttribute* mine, const CKivDSDicomAttribute& theirs) {
+        return mine && *mine == theirs;
+    });
 }
 
 Part& Part::operator/=(const Part& b)
+{
+    return Remove(b, [](const CKivDSDicomAttribute*, const CKivDSDicomAttribute& theirs) {
+        return !theirs.IsPrivate();
+    });
+}
+
+// Erases the entries at b's tags whose attribute (or null) and b's meet a condition.
+template <class Condition>
+Part& Part::Remove(const Part& b, Condition condition)
 {
     if (this == &b) {
         Clean();
         return *this;
     }
-    for (const auto& [tag, attribute] : b.m_Attributes) {
-        if (attribute && !attribute->IsPrivate())
-            RemoveAttribute(tag);
+    AttributeEdit edit(m_Attributes);
+    for (const auto [tag, theirs] : AttributeWalk(b.m_Attributes)) {
+        if (theirs && edit.LeapTo(tag) && condition(edit.Attribute(), *theirs))
+            edit.Drop();
     }
     return *this;
 }
@@ -113,13 +118,15 @@ Part& Part::operator^=(const Part& b)
     if (this == &b)
         return *this;
     m_bMultiFrame = m_bMultiFrame || b.m_bMultiFrame;
-    WalkTogether(
-        m_Attributes, b.m_Attributes, [this](Map::iterator mine) { Erase(mine); },
-        [this](Map::iterator mine, const CKivDSDicomAttribute& theirs) {
-            if (*mine->second != theirs)
-                Erase(mine);
-        },
-        [](Map::iterator, unsigned long, const CKivDSDicomAttribute&) {});
+    AttributeWalk theirs(b.m_Attributes);
+    for (AttributeEdit edit(m_Attributes); !edit.AtEnd();) {
+        const CKivDSDicomAttribute* const mine = edit.Attribute();
+        const CKivDSDicomAttribute* const other = theirs.AttributeOf(edit.Tag());
+        if (mine && !(other && *mine == *other))
+            edit.Drop();
+        else
+            edit.Keep();
+    }
     return *this;
 }
 
@@ -127,15 +134,14 @@ bool Part::operator==(const Part& b)
 {
     if (this == &b)
         return true;
-    if (m_bMultiFrame != b.m_bMultiFrame || m_Attributes.size() != b.m_Attributes.size())
+    if (m_bMultiFrame != b.m_bMultiFrame || m_Attributes.Size() != b.m_Attributes.Size())
         return false;
-    auto theirs = Fetching(b.m_Attributes).begin();
-    for (const auto& [tag, attribute] : Fetching(m_Attributes)) {
-        if (tag != theirs->first || !attribute != !theirs->second)
+    AttributeWalk walk(b.m_Attributes);
+    for (const auto [tag, mine] : AttributeWalk(m_Attributes)) {
+        const CKivDSDicomAttribute* const theirs = walk.Attribute();
+        if (tag != walk.Tag() || !mine != !theirs || (mine && *mine != *theirs))
             return false;
-        if (attribute && *attribute != *theirs->second)
-            return false;
-        ++theirs;
+        walk.Next();
     }
     return true;
 }
@@ -171,10 +177,10 @@ Part* NewPart(const wchar_t* operation, Fill fill)
 Part* operator/(const Part& a, const Part& b)
 {
     return NewPart(L"operator /", [&](auto add) {
-        for (const auto& [tag, attribute] : a.m_Attributes) {
-            const CKivDSDicomAttribute* theirs = nullptr;
-            if (attribute && !attribute->IsPrivate() && b.GetAttribute(tag, &theirs) && theirs &&
-                *theirs != *attribute)
+        AttributeWalk walk(b.m_Attributes);
+        for (const auto [tag, mine] : AttributeWalk(a.m_Attributes)) {
+            const CKivDSDicomAttribute* const theirs = walk.AttributeOf(tag);
+            if (mine && theirs && !mine->IsPrivate() && *theirs != *mine)
                 add(*theirs);
         }
     });
@@ -183,22 +189,22 @@ Part* operator/(const Part& a, const Part& b)
 Part* operator^(const Part& a, const Part& b)
 {
     return NewPart(L"operator ^", [&](auto add) {
-        WalkTogether(
-            a.m_Attributes, b.m_Attributes, [](Part::Map::const_iterator) {},
-            [&](Part::Map::const_iterator mine, const CKivDSDicomAttribute& theirs) {
-                if (*mine->second == theirs)
-                    add(*mine->second);
-            },
-            [](Part::Map::const_iterator, unsigned long, const CKivDSDicomAttribute&) {});
+        AttributeWalk walk(b.m_Attributes);
+        for (const auto [tag, mine] : AttributeWalk(a.m_Attributes)) {
+            const CKivDSDicomAttribute* const theirs = walk.AttributeOf(tag);
+            if (mine && theirs && *mine == *theirs)
+                add(*mine);
+        }
     });
 }
 
 Part* operator|(const Part& a, const Part& b)
 {
     return NewPart(L"operator |", [&](auto add) {
-        for (const auto& [tag, attribute] : a.m_Attributes) {
-            const CKivDSDicomAttribute* theirs = nullptr;
-            if (attribute && b.GetAttribute(tag, &theirs) && theirs && *theirs == *attribute)
+        AttributeWalk walk(b.m_Attributes);
+        for (const auto [tag, mine] : AttributeWalk(a.m_Attributes)) {
+            const CKivDSDicomAttribute* const theirs = walk.AttributeOf(tag);
+            if (mine && theirs && *theirs == *mine)
                 add(*theirs);
         }
     });

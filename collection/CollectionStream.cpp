@@ -13,7 +13,7 @@
 #include "attribute/CKivDSDicomAttributeFactory.h"
 #include "attribute/internal/AttributeRecord.h"
 #include "attribute/internal/AttributeTypes.h"
-#include "collection/internal/AttributeMap.h"
+#include "collection/internal/AttributeWalk.h"
 #include "collection/internal/PartSharing.h"
 #include "foundation/internal/Operation.h"
 #include "platform/internal/ByteReader.h"
@@ -25,9 +25,9 @@
 #include <utility>
 
 using kivds::AttributeRecord;
+using kivds::AttributeWalk;
 using kivds::ByteReader;
 using kivds::ByteWriter;
-using kivds::Fetching;
 using kivds::Operation;
 using kivds::PartAccess;
 using Part = CKivDSBaseDicomAttributeCollection;
@@ -62,7 +62,7 @@ CKivDSBaseDicomAttributeCollection::SMeasure CKivDSBaseDicomAttributeCollection:
 {
     SMeasure measure;
     std::int64_t total = kPartHeaderSize;
-    for (const auto& [tag, attribute] : Fetching(m_Attributes)) {
+    for (const auto [tag, attribute] : AttributeWalk(m_Attributes)) {
         if (!attribute)
             continue;
         const int length = AttributeRecord::Length(*attribute);
@@ -77,7 +77,7 @@ CKivDSBaseDicomAttributeCollection::SMeasure CKivDSBaseDicomAttributeCollection:
 
 bool CKivDSBaseDicomAttributeCollection::WriteRecords(ByteWriter& writer) const
 {
-    for (const auto& [tag, attribute] : Fetching(m_Attributes)) {
+    for (const auto [tag, attribute] : AttributeWalk(m_Attributes)) {
         if (!attribute)
             continue;
         writer.I32(attribute->GetType());

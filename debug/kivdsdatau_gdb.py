@@ -40,7 +40,19 @@ def vector(value):
 
 
 def attribute_map(value):
-    """The pointers of a map from tag to attribute, a red-black tree of libstdc++, in tag order."""
+    """The attributes' pointers in tag order, from a map's array or, when it has become one, from its std::map."""
+    if not vector(value['m_Entries']):
+        holder = value['m_pMap']  # a std::unique_ptr, which is a pointer
+        tree = holder.type.strip_typedefs().template_argument(0).pointer().pointer()
+        pointer = holder.address.cast(tree).dereference()
+        if pointer:
+            yield from std_map(pointer.dereference())
+    for entry in vector(value['m_Entries']):
+        yield entry['attribute']
+
+
+def std_map(value):
+    """The second ones of a std::map, a red-black tree of libstdc++."""
     tree = value['_M_t']['_M_impl']
     pair = value.type.strip_typedefs().template_argument(3).template_argument(0).pointer()
     pointer = tree['_M_header'].address

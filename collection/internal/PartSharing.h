@@ -127,6 +127,11 @@ struct PartAccess
         return a.SameFrames(b);
     }
 
+    static const AttributeMap& AttributesOf(const CKivDSBaseDicomAttributeCollection& part) noexcept
+    {
+        return part.m_Attributes;
+    }
+
     static std::map<unsigned long, CKivDSDicomAttribute*>* MapOf(CKivDSDicomAttributeCollection& collection)
     {
         return collection.GetMapPtr();

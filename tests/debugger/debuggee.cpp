@@ -36,8 +36,12 @@ int main()
     const CKivDSDicomAttribute* number = nullptr;
     plain.GetAttribute(0x00280010, &number, true, true);
 
-    CKivDSDicomAttributeCollection member;
+    struct Member : CKivDSDicomAttributeCollection
+    {
+        using CKivDSDicomAttributeCollection::GetMapPtr;
+    } member;
     Add(member, 0x00080060, CS, "CT");
+    member.GetMapPtr(); // which makes a map of the array
     auto* const series = new CKivDSCompoundCollection;
     const CKivDSDicomAttributeCollection compound(series);
     series->AddCollection(&member, false);

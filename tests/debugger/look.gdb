@@ -30,7 +30,7 @@ for kind in xml.etree.ElementTree.parse(natvis).getroot():
     for expression in expressions:
         bare = re.sub(r',[^,()]*$', '', expression)  # without the format
         own = '((%s*)64)' % name
-        member = r'(?<![\w>.])((m_|sz|nCount|pData|eType)\w*)'
+        member = r'(?<![\w>.])((m_|sz|nCount|pData|eType|attribute)\w*)'
         gdb.execute('whatis ' + re.sub(member, own + r'->\1', bare.replace('this', own)), to_string=True)
     print('$0 = natvis ' + name)
 end

@@ -1,11 +1,13 @@
 #include "tests/support/Notation.h"
 
+#include "collection/internal/AttributeWalk.h"
 #include "collection/internal/FrameCount.h"
 #include "platform/CKivIPPScopeItemFactory.h"
 
 #include <gtest/gtest.h>
 
 #include <cctype>
+#include <cstdlib>
 
 namespace kivds::test {
 
@@ -98,6 +100,25 @@ CollectionPtr MakeGroup(std::string_view text)
     return std::make_unique<Facade>(enhanced.release());
 }
 
+/// Asks all parts of a collection for their maps.
+void BecomeMaps(Facade& facade)
+{
+    PartAccess::MapOf(facade); // of an enhanced facade its regular collection's
+    PartAccess::MultiFrameMapOf(facade);
+    if (const auto* const enhanced = Enhanced(facade)) {
+        for (Facade* const frame : PartAccess::Frames(*enhanced))
+            BecomeMaps(*frame);
+    }
+}
+
+/// Whether all collections that are made are to hold maps, the other of their two forms. The tests are run
+/// once with it.
+bool WithMaps()
+{
+    static const bool withMaps = std::getenv("KIVDS_TEST_WITH_MAPS") != nullptr;
+    return withMaps;
+}
+
 } // namespace
 
 unsigned long Tag(char letter)
@@ -130,6 +151,8 @@ CollectionPtr Make(std::string_view text)
     auto facade = std::make_unique<Facade>(single.release(), multi.release());
     if (group != std::string_view::npos)
         *facade = *MakeGroup(text.substr(group)); // stands beside the plain parts then
+    if (WithMaps())
+        BecomeMaps(*facade);
     return facade;
 }
 
@@ -155,7 +178,7 @@ std::string Show(unsigned long tag, const CKivDSDicomAttribute& attribute, bool 
 std::string Show(const Part& part, bool multiFrame)
 {
     std::string shown;
-    for (const auto& [tag, attribute] : *PartAccess::MapOf(const_cast<Part&>(part))) { // looks only
+    for (const auto [tag, attribute] : kivds::AttributeWalk(PartAccess::AttributesOf(part))) {
         shown += shown.empty() ? "" : " ";
         shown += attribute ? Show(tag, *attribute, multiFrame) : std::string(1, static_cast<char>(tag)) + "?";
     }

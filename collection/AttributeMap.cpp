@@ -1,0 +1,153 @@
+#include "collection/AttributeMap.h"
+
+#include "collection/internal/AttributeWalk.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace kivds {
+
+namespace {
+
+constexpr std::ptrdiff_t kMostMoved = 1024; // entries; moving them takes about as long as making a node
+constexpr std::size_t kFirstEntries = 4;
+
+/// The first entry whose tag is not below `tag`.
+template <class Entries>
+auto LowerBound(Entries& entries, unsigned long tag)
+{
+    return std::lower_bound(
+        entries.begin(), entries.end(), tag,
+        [](const AttributeMap::Entry& entry, unsigned long wanted) { return entry.tag < wanted; });
+}
+
+} // namespace
+
+AttributeMap::~AttributeMap()
+{
+    Clear();
+}
+
+CKivDSDicomAttribute* const* AttributeMap::Find(unsigned long tag) const
+{
+    if (m_pMap) {
+        const auto found = m_pMap->find(tag);
+        return found != m_pMap->end() ? &found->second : nullptr;
+    }
+    const auto found = LowerBound(m_Entries, tag);
+    return found != m_Entries.end() && found->tag == tag ? &found->attribute : nullptr;
+}
+
+// Elements come in ascending tag order from files and streams, so the end is tried first.
+AttributeMap::Place AttributeMap::PlaceFor(unsigned long tag)
+{
+    if (m_pMap) {
+        const auto [place, isNew] = m_pMap->try_emplace(tag);
+        return {&place->second, isNew};
+    }
+    if (m_Entries.empty() || m_Entries.back().tag < tag) {
+        if (m_Entries.capacity() == 0)
+            m_Entries.reserve(kFirstEntries);
+        return {&m_Entries.emplace_back(Entry{tag, nullptr}).attribute, true};
+    }
+    const auto place = LowerBound(m_Entries, tag);
+    if (place->tag == tag)
+        return {&place->attribute, false};
+    if (m_Entries.end() - place > kMostMoved) {
+        AsMap();
+        return PlaceFor(tag);
+    }
+    return {&m_Entries.insert(place, {tag, nullptr})->attribute, true};
+}
+
+bool AttributeMap::Erase(unsigned long tag)
+{
+    if (!m_pMap) {
+        const auto entry = LowerBound(m_Entries, tag);
+        if (entry == m_Entries.end() || entry->tag != tag)
+            return false;
+        if (m_Entries.end() - entry <= kMostMoved || !BecomesMap()) {
+            delete entry->attribute;
+            m_Entries.erase(entry);
+            return true;
+        }
+    }
+    const auto entry = m_pMap->find(tag);
+    if (entry == m_pMap->end())
+        return false;
+    delete entry->second;
+    m_pMap->erase(entry);
+    return true;
+}
+
+void AttributeMap::Clear()
+{
+    for (const auto [tag, attribute] : AttributeWalk(*this))
+        delete attribute;
+    std::vector<Entry>().swap(m_Entries);
+    if (m_pMap)
+        m_pMap->clear();
+}
+
+void AttributeMap::Reserve(std::size_t count)
+{
+    if (!m_pMap)
+        m_Entries.reserve(count);
+}
+
+bool AttributeMap::First(Position& position) const
+{
+    position.index = 0;
+    if (Size() == 0)
+        return false;
+    position.entry = *AttributeWalk(*this);
+    return true;
+}
+
+bool AttributeMap::Next(Position& position) const
+{
+    const unsigned long tag = position.entry.tag;
+    if (m_pMap) {
+        const auto next = m_pMap->upper_bound(tag);
+        if (next == m_pMap->end())
+            return false;
+        position.entry = {next->first, next->second};
+        return true;
+    }
+    const bool inPlace = position.index < m_Entries.size() && m_Entries[position.index].tag == tag;
+    const auto next =
+        inPlace
+            ? m_Entries.begin() + static_cast<std::ptrdiff_t>(position.index) + 1
+            : std::upper_bound(m_Entries.begin(), m_Entries.end(), tag,
+                               [](unsigned long passed, const Entry& entry) { return passed < entry.tag; });
+    if (next == m_Entries.end())
+        return false;
+    position = {*next, static_cast<std::size_t>(next - m_Entries.begin())};
+    FetchAhead(&*next, m_Entries.data() + m_Entries.size());
+    return true;
+}
+
+AttributeMap::Map& AttributeMap::AsMap()
+{
+    if (!m_pMap) {
+        auto map = std::make_unique<Map>();
+        for (const Entry& entry : m_Entries)
+            map->emplace_hint(map->end(), entry.tag, entry.attribute);
+        m_pMap = std::move(map);
+        std::vector<Entry>().swap(m_Entries);
+    }
+    return *m_pMap;
+}
+
+// As AsMap; false when there is no memory for it.
+bool AttributeMap::BecomesMap() noexcept
+{
+    try {
+        AsMap();
+        return true;
+    } catch (...) {
+        return false;
+    }
+}
+
+} // namespace kivds

@@ -1,0 +1,74 @@
+// The attributes of a part, by tag. It is public because parts hold one; it is used inside the library alone.
+#pragma once
+
+#include <cstddef>
+#include <map>
+#include <memory>
+#include <vector>
+
+class CKivDSDicomAttribute;
+
+namespace kivds {
+
+/// Owns attributes, one a tag, in ascending tag order. They lie in a sorted array, so that walks and look-ups
+/// wait for memory as little as can be: data sets are filled in tag order, copied and walked far more often
+/// than they are changed in the middle. The array becomes a std::map, for good, when the map itself is asked
+/// for, or when a change in the middle of a large array would have to move too many entries.
+class AttributeMap
+{
+public:
+    using Map = std::map<unsigned long, CKivDSDicomAttribute*>;
+
+    struct Entry
+    {
+        unsigned long tag = 0;
+        CKivDSDicomAttribute* attribute = nullptr; // null when it could not be copied
+    };
+
+    /// The place of a tag's attribute; valid until the map changes.
+    struct Place
+    {
+        CKivDSDicomAttribute** attribute = nullptr;
+        bool isNew = false; ///< made by this call, and still null
+    };
+
+    /// A position in a walk that may see the map change: it knows its entry by the tag.
+    struct Position
+    {
+        Entry entry;
+        std::size_t index = 0; ///< of the entry in the array, if nothing has moved it
+    };
+
+    AttributeMap() = default;
+    ~AttributeMap();
+    AttributeMap(const AttributeMap&) = delete;
+    AttributeMap& operator=(const AttributeMap&) = delete;
+
+    std::size_t Size() const { return m_pMap ? m_pMap->size() : m_Entries.size(); }
+    /// The attribute of a tag, which may be null; null when the tag is not held.
+    CKivDSDicomAttribute* const* Find(unsigned long tag) const;
+    /// The place of a tag's attribute, made where there is none. May throw; then nothing has changed.
+    Place PlaceFor(unsigned long tag);
+    /// Deletes the attribute of a tag; false when the tag is not held.
+    bool Erase(unsigned long tag);
+    /// Deletes all attributes.
+    void Clear();
+    /// Makes room for so many entries. May throw; then nothing has changed.
+    void Reserve(std::size_t count);
+    /// Puts a position on the first entry, or on the one after its own; false when there is none.
+    bool First(Position& position) const;
+    bool Next(Position& position) const;
+    /// The map itself, to be changed at will. May throw; then nothing has changed.
+    Map& AsMap();
+
+private:
+    friend class AttributeWalk;
+    friend class AttributeEdit;
+
+    bool BecomesMap() noexcept;
+
+    std::vector<Entry> m_Entries; // ascending; empty when there is a map
+    std::unique_ptr<Map> m_pMap;
+};
+
+} // namespace kivds

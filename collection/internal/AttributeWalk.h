@@ -1,0 +1,210 @@
+// Passes over an attribute map, in ascending tag order: AttributeWalk looks, AttributeEdit replaces, drops
+// and adds entries as it goes. Both can leap to a tag, which costs a few steps when it is near and the
+// logarithm of the distance otherwise, so that two maps are walked side by side by leaping in one to the tags
+// of the other.
+#pragma once
+
+#include "attribute/CKivDSDicomAttribute.h"
+#include "collection/AttributeMap.h"
+
+#include <algorithm>
+#include <memory>
+
+namespace kivds {
+
+/// The first entry from `at` on whose tag is not below `tag`.
+template <class Entry>
+Entry* LeapTo(Entry* at, Entry* end, unsigned long tag)
+{
+    for (int i = 0; i < 2; ++i, ++at) { // mostly here or the next one
+        if (at == end || !(at->tag < tag))
+            return at;
+    }
+    std::ptrdiff_t step = 1;
+    while (end - at > step && at[step].tag < tag) {
+        at += step;
+        step *= 2;
+    }
+    return std::lower_bound(at, end - at > step ? at + step : end, tag,
+                            [](const auto& entry, unsigned long wanted) { return entry.tag < wanted; });
+}
+
+/// Asks the cache for an attribute some entries ahead: a walk would wait for memory at every attribute, and
+/// so waits for several at once.
+template <class Entry>
+void FetchAhead(const Entry* at, const Entry* end)
+{
+#if defined(__GNUC__)
+    constexpr std::ptrdiff_t kAhead = 8; // enough to keep the memory busy
+    if (end - at > kAhead) {
+        const auto* const attribute = reinterpret_cast<const char*>(at[kAhead].attribute);
+        __builtin_prefetch(attribute);
+        __builtin_prefetch(attribute + 64);
+    }
+#else
+    (void)at;
+    (void)end;
+#endif
+}
+
+/// Looks at the entries of a map, which must not change meanwhile; also by a range-based for.
+class AttributeWalk
+{
+public:
+    explicit AttributeWalk(const AttributeMap& map)
+        : m_At(map.m_Entries.data()), m_End(m_At + map.m_Entries.size()), m_pMap(map.m_pMap.get())
+    {
+        if (m_pMap)
+            m_InMap = m_pMap->begin();
+    }
+
+    bool AtEnd() const { return m_pMap ? m_InMap == m_pMap->end() : m_At == m_End; }
+    unsigned long Tag() const { return m_pMap ? m_InMap->first : m_At->tag; }
+    CKivDSDicomAttribute* Attribute() const { return m_pMap ? m_InMap->second : m_At->attribute; }
+
+    void Next()
+    {
+        if (m_pMap) {
+            ++m_InMap;
+        } else {
+            FetchAhead(m_At, m_End);
+            ++m_At;
+        }
+    }
+
+    /// Leaps to the first entry that is not below a tag, if it lies ahead, and gives the attribute of that
+    /// tag; null when it is not held.
+    CKivDSDicomAttribute* AttributeOf(unsigned long tag)
+    {
+        if (m_pMap) {
+            if (!AtEnd() && Tag() < tag)
+                m_InMap = m_pMap->lower_bound(tag);
+        } else {
+            m_At = LeapTo(m_At, m_End, tag);
+            FetchAhead(m_At, m_End);
+        }
+        return !AtEnd() && Tag() == tag ? Attribute() : nullptr;
+    }
+
+    struct Sentinel
+    {
+    };
+    AttributeWalk begin() const { return *this; }
+    Sentinel end() const { return {}; }
+    AttributeMap::Entry operator*() const { return {Tag(), Attribute()}; }
+    bool operator!=(Sentinel) const { return !AtEnd(); }
+    AttributeWalk& operator++()
+    {
+        Next();
+        return *this;
+    }
+
+private:
+    const AttributeMap::Entry* m_At;
+    const AttributeMap::Entry* m_End;
+    const AttributeMap::Map* m_pMap;
+    AttributeMap::Map::const_iterator m_InMap;
+};
+
+/// Changes the entries of a map in one pass. Until its end nobody else may look at the map.
+class AttributeEdit
+{
+public:
+    explicit AttributeEdit(AttributeMap& map)
+        : m_Entries(map.m_Entries), m_Read(m_Entries.data()), m_End(m_Read + m_Entries.size()),
+          m_Write(m_Read), m_pMap(map.m_pMap.get())
+    {
+        if (m_pMap)
+            m_InMap = m_pMap->begin();
+    }
+    ~AttributeEdit()
+    {
+        KeepUpTo(m_End);
+        if (!m_pMap)
+            m_Entries.resize(static_cast<std::size_t>(m_Write - m_Entries.data()));
+    }
+    AttributeEdit(const AttributeEdit&) = delete;
+    AttributeEdit& operator=(const AttributeEdit&) = delete;
+
+    bool AtEnd() const { return m_pMap ? m_InMap == m_pMap->end() : m_Read == m_End; }
+    unsigned long Tag() const { return m_pMap ? m_InMap->first : m_Read->tag; }
+    CKivDSDicomAttribute* Attribute() const { return m_pMap ? m_InMap->second : m_Read->attribute; }
+
+    void Keep()
+    {
+        if (m_pMap) {
+            ++m_InMap;
+        } else {
+            FetchAhead(m_Read, m_End);
+            KeepUpTo(m_Read + 1);
+        }
+    }
+
+    /// Deletes the current attribute, and its entry.
+    void Drop()
+    {
+        delete Attribute();
+        if (m_pMap)
+            m_InMap = m_pMap->erase(m_InMap);
+        else
+            ++m_Read;
+    }
+
+    /// Keeps the entries below a tag, which must lie ahead; whether the current one is that tag's then.
+    bool LeapTo(unsigned long tag)
+    {
+        if (m_pMap) {
+            if (!AtEnd() && Tag() < tag)
+                m_InMap = m_pMap->lower_bound(tag);
+        } else {
+            KeepUpTo(kivds::LeapTo(m_Read, m_End, tag));
+            FetchAhead(m_Read, m_End);
+        }
+        return !AtEnd() && Tag() == tag;
+    }
+
+    /// Stores an attribute under a tag that LeapTo has gone to, in place of what is held there. May throw;
+    /// then it is not stored, and what was done before stays.
+    void Put(unsigned long tag, std::unique_ptr<CKivDSDicomAttribute> attribute)
+    {
+        if (!AtEnd() && Tag() == tag) {
+            CKivDSDicomAttribute*& held = m_pMap ? m_InMap->second : m_Read->attribute;
+            delete held;
+            held = attribute.release();
+        } else if (m_pMap) {
+            m_pMap->emplace_hint(m_InMap, tag, attribute.get());
+            (void)attribute.release();
+        } else {
+            if (m_Write == m_Read)
+                OpenGap();
+            *m_Write++ = {tag, attribute.release()};
+        }
+    }
+
+private:
+    void KeepUpTo(AttributeMap::Entry* end)
+    {
+        m_Write = m_Write == m_Read ? end : std::move(m_Read, end, m_Write);
+        m_Read = end;
+    }
+
+    // Entries that are added go between those that are kept and those that are still to be read.
+    void OpenGap()
+    {
+        const auto kept = m_Write - m_Entries.data();
+        const auto gap = std::max<std::ptrdiff_t>(16, (m_End - m_Entries.data()) / 2);
+        m_Entries.resize(m_Entries.size() + static_cast<std::size_t>(gap));
+        m_Write = m_Entries.data() + kept;
+        m_End = m_Entries.data() + m_Entries.size();
+        m_Read = std::move_backward(m_Write, m_End - gap, m_End);
+    }
+
+    std::vector<AttributeMap::Entry>& m_Entries;
+    AttributeMap::Entry* m_Read;
+    AttributeMap::Entry* m_End;
+    AttributeMap::Entry* m_Write;
+    AttributeMap::Map* m_pMap;
+    AttributeMap::Map::iterator m_InMap;
+};
+
+} // namespace kivds

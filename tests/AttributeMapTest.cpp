@@ -1,0 +1,201 @@
+// The map of attributes behind a part, in both its forms, array and std::map, and its way from one to the
+// other.
+#include "collection/internal/AttributeWalk.h"
+#include "tests/support/FailingNew.h"
+#include "tests/support/Notation.h"
+#include "tests/support/Reports.h"
+
+#include <algorithm>
+#include <map>
+#include <random>
+#include <set>
+#include <vector>
+
+namespace kivds::test {
+namespace {
+
+using AttributeMapTest = ReportTest;
+using Tags = std::vector<unsigned long>;
+
+struct OpenFacade : Facade
+{
+    using Facade::GetMapPtr;
+};
+
+AttributePtr Empty(unsigned long tag)
+{
+    auto attribute = std::make_unique<CKivDSDicomAttribute>(false, false);
+    attribute->InitEmpty(tag, US, false);
+    return attribute;
+}
+
+void Put(AttributeMap& map, unsigned long tag)
+{
+    CKivDSDicomAttribute*& place = *map.PlaceFor(tag).attribute;
+    delete place;
+    place = Empty(tag).release();
+}
+
+/// The tags in the order of a walk, each of them also found, and stepped to.
+Tags Walked(const AttributeMap& map)
+{
+    Tags tags;
+    AttributeMap::Position step;
+    bool stepped = map.First(step);
+    for (const auto [tag, attribute] : AttributeWalk(map)) {
+        unsigned long own = 0;
+        EXPECT_TRUE(attribute && attribute->GetTag(&own) && own == tag);
+        CKivDSDicomAttribute* const* const found = map.Find(tag);
+        EXPECT_TRUE(found && *found == attribute);
+        EXPECT_TRUE(stepped && step.entry.attribute == attribute);
+        stepped = map.Next(step);
+        tags.push_back(tag);
+    }
+    EXPECT_FALSE(stepped);
+    EXPECT_EQ(map.Size(), tags.size());
+    return tags;
+}
+
+TEST_F(AttributeMapTest, AgreesWithASetWhateverIsDoneToIt)
+{
+    std::mt19937 random(1);
+    for (const auto& [range, steps, asMap] :
+         {std::tuple(24UL, 400, false), {24UL, 400, true}, {9000UL, 9000, false}}) {
+        AttributeMap map;
+        std::set<unsigned long> model;
+        if (asMap)
+            map.AsMap();
+        for (int i = 0; i < steps; ++i) {
+            const unsigned long tag = random() % range;
+            const bool held = model.count(tag) > 0;
+            EXPECT_EQ(map.Find(tag) != nullptr, held);
+            if (random() % 3 > 0) {
+                Put(map, tag);
+                model.insert(tag);
+            } else {
+                EXPECT_EQ(map.Erase(tag), held);
+                model.erase(tag);
+            }
+            if (range < 100 || i % 1000 == 0) {
+                ASSERT_EQ(Walked(map), Tags(model.begin(), model.end()));
+            }
+        }
+        ASSERT_EQ(Walked(map), Tags(model.begin(), model.end()));
+        map.Clear();
+        EXPECT_TRUE(Walked(map).empty());
+    }
+}
+
+// Keeps, replaces, adds and drops what it leaps to, and knows beforehand what must come out.
+TEST_F(AttributeMapTest, AnEditMeetsEveryTagAndKeepsTheRest)
+{
+    std::mt19937 random(2);
+    for (int round = 0; round < 300; ++round) {
+        const unsigned long range = round % 2 ? 30 : 700;
+        AttributeMap map;
+        std::set<unsigned long> model, leaps;
+        const auto choose = [&](std::set<unsigned long>& tags) {
+            for (auto i = random() % 300; i > 0; --i)
+                tags.insert(random() % range);
+        };
+        choose(model);
+        choose(leaps);
+        for (const unsigned long tag : model)
+            Put(map, tag);
+        if (round % 3 == 0)
+            map.AsMap();
+        AttributeWalk walk(map);
+        for (const unsigned long tag : leaps)
+            EXPECT_EQ(walk.AttributeOf(tag) != nullptr, model.count(tag) > 0);
+        {
+            AttributeEdit edit(map);
+            for (const unsigned long tag : leaps) {
+                const bool held = model.count(tag) > 0;
+                EXPECT_EQ(edit.LeapTo(tag), held);
+                if (random() % 2) {
+                    edit.Put(tag, Empty(tag));
+                    model.insert(tag);
+                } else if (held) {
+                    edit.Drop();
+                    model.erase(tag);
+                }
+            }
+        }
+        ASSERT_EQ(Walked(map), Tags(model.begin(), model.end()));
+    }
+}
+
+// The map that a derived class is lent is the collection's own, before and after every operation.
+TEST_F(AttributeMapTest, ALentMapIsTheCollectionsOwn)
+{
+    OpenFacade a;
+    a += *Make("X1 Y1");
+    AttributeMap::Map& map = *a.GetMapPtr();
+    EXPECT_EQ(map.size(), 2U);
+    map[Tag('Z')] = MakeAttribute("Z1").release();
+    map[Tag('W')] = nullptr; // an entry without an attribute
+    EXPECT_EQ(Show(a), "W? X1 Y1 Z1");
+    EXPECT_EQ(Show(a *= *Make("Y2 V1")), "V1 W? X1 Y2 Z1");
+    EXPECT_EQ(map.size(), 5U);
+    const Facade copy(a, true);
+    EXPECT_EQ(Show(copy), "V1 W? X1 Y2 Z1");
+    EXPECT_TRUE(a == copy);
+    CKivDSDicomAttributeCollectionIterator walk(a, true, true);
+    std::string walked;
+    for (auto* at = walk.GetFirstAttribute(); at; at = walk.GetNextAttribute())
+        walked += Show(Tag(' '), *at, false).substr(1);
+    EXPECT_EQ(walked, "1121");
+    EXPECT_TRUE(a.RemoveAttribute(Tag('W')) && a.RemoveAllAttributes());
+    EXPECT_TRUE(map.empty());
+    static_cast<Facade&>(a) = copy;
+    EXPECT_EQ(map.size(), 5U);
+    EXPECT_EQ(a.GetMapPtr(), &map);
+}
+
+TEST_F(AttributeMapTest, WithoutMemoryForAMapTheCollectionStaysAsItIs)
+{
+    OpenFacade a;
+    a += *Make("X1 Y1");
+    for (int n = 0; n < 3; ++n) {
+        const Allocations failing(n, Allocations::Later::Succeed);
+        EXPECT_EQ(a.GetMapPtr(), nullptr);
+    }
+    for (int n = 0; n < 3; ++n)
+        Claim(kPart + L"GetMapPtr", kUnexpectedError);
+    EXPECT_EQ(Show(a), "X1 Y1");
+    AttributeMap large; // which, to erase at the front, would rather be a map
+    for (unsigned long tag = 0; tag < 3000; ++tag)
+        Put(large, tag);
+    {
+        const Allocations failing(0, Allocations::Later::Fail);
+        EXPECT_TRUE(large.Erase(0) && large.Erase(1) && !large.Erase(0));
+    }
+    EXPECT_TRUE(large.Erase(3));
+    EXPECT_EQ(Walked(large).size(), 2997U);
+}
+
+// A walk by an iterator goes on from its tag, whatever happens to the entries.
+TEST_F(AttributeMapTest, AnIteratorOutlivesChanges)
+{
+    const CollectionPtr a = Make("B1 D1 F1 H1");
+    CKivDSDicomAttributeCollectionIterator walk(*a, true, true);
+    std::string walked;
+    for (auto* at = walk.GetFirstAttribute(); at; at = walk.GetNextAttribute()) {
+        unsigned long tag = 0;
+        at->GetTag(&tag);
+        walked += static_cast<char>(tag & 0xFF);
+        if (walked == "B")
+            Add(*a, MakeAttribute("A1"));
+        if (walked == "BD") {
+            EXPECT_TRUE(a->RemoveAttribute(Tag('D')) && a->RemoveAttribute(Tag('B')));
+        }
+        if (walked == "BDF") {
+            for (const char letter : std::string("CEGIJKLOPQ"))
+                Add(*a, MakeAttribute(std::string(1, letter) + "1"));
+        }
+    }
+    EXPECT_EQ(walked, "BDFGHIJKLOPQ");
+}
+
+} // namespace
+} // namespace kivds::test
