@@ -11,6 +11,7 @@
 //   ..  1  multi-frame flag, and if it is 1 the frame range's own stream
 //
 // The old form has no total length (version 0); without the versioned flag the multi-frame part is not read.
+#include "attribute/internal/AttributeBlock.h"
 #include "attribute/internal/AttributeRecord.h"
 #include "attribute/internal/FrameRange.h"
 #include "foundation/internal/ElementTypes.h"
@@ -90,11 +91,13 @@ bool CKivDSDicomAttribute::WriteValue(const SKivAGAttributeValue& value, ByteWri
     return true;
 }
 
-// Whether the object is of exactly this class. Its operations are then the ones in this file, and are called
-// without the virtual table: a collection asks for the length and the bytes of thousands of values.
+// Whether the object is of exactly this class, wherever it lies. Its operations are then the ones in this
+// file, and are called without the virtual table: a collection asks for the length and the bytes of thousands
+// of values.
 bool CKivDSDicomAttribute::IsPlain() const
 {
-    return typeid(*this) == typeid(CKivDSDicomAttribute);
+    const std::type_info& own = typeid(*this);
+    return own == typeid(CKivDSDicomAttribute) || own == typeid(kivds::BlockAttribute);
 }
 
 int CKivDSDicomAttribute::GetSize() const

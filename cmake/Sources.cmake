@@ -60,6 +60,7 @@ set(KivDSDataUObjects_SOURCES
     attribute/AttributeText.cpp
     attribute/CKivDSCodeSequenceAttribute.cpp
     attribute/CKivDSDicomAttributeFactory.cpp
+    attribute/internal/AttributeBlock.cpp
     attribute/internal/DumpChannel.cpp
     attribute/internal/FrameRange.cpp
     attribute/internal/GatheredValues.cpp

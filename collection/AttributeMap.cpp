@@ -1,9 +1,14 @@
 #include "collection/AttributeMap.h"
 
+#include "attribute/CKivDSDicomAttributeFactory.h"
+#include "attribute/internal/AttributeBlock.h"
+#include "attribute/internal/AttributeTypes.h"
+#include "attribute/internal/WholeCopy.h"
 #include "collection/internal/AttributeWalk.h"
 
 #include <algorithm>
 #include <iterator>
+#include <utility>
 
 namespace kivds {
 
@@ -87,6 +92,29 @@ void AttributeMap::Clear()
     std::vector<Entry>().swap(m_Entries);
     if (m_pMap)
         m_pMap->clear();
+    AttributeBlock::LetGo(std::exchange(m_pBlock, nullptr));
+}
+
+// A block is for company: what may stay alone, and what is not plain, goes by itself.
+bool AttributeMap::UsesBlock(int type, std::size_t expected) const
+{
+    return type == kPlainAttribute && (expected > 1 || m_pBlock || Size() > 0);
+}
+
+std::unique_ptr<CKivDSDicomAttribute> AttributeMap::NewCopy(const CKivDSDicomAttribute& attribute,
+                                                            std::size_t expected)
+{
+    if (!UsesBlock(attribute.GetType(), expected))
+        return std::unique_ptr<CKivDSDicomAttribute>(g_DicomAttributeFactory.CreateDicomAttribute(attribute));
+    std::unique_ptr<CKivDSDicomAttribute> copy(new (m_pBlock, expected) BlockAttribute(attribute));
+    return copy && IsWhole(*copy, attribute) ? std::move(copy) : nullptr;
+}
+
+std::unique_ptr<CKivDSDicomAttribute> AttributeMap::NewAttribute(int type)
+{
+    return std::unique_ptr<CKivDSDicomAttribute>(UsesBlock(type, 0)
+                                                     ? new (m_pBlock, 0) BlockAttribute(false, false)
+                                                     : g_DicomAttributeFactory.CreateDicomAttribute(type));
 }
 
 void AttributeMap::Reserve(std::size_t count)

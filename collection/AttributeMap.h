@@ -10,6 +10,8 @@ class CKivDSDicomAttribute;
 
 namespace kivds {
 
+class AttributeBlock;
+
 /// Owns attributes, one a tag, in ascending tag order. They lie in a sorted array, so that walks and look-ups
 /// wait for memory as little as can be: data sets are filled in tag order, copied and walked far more often
 /// than they are changed in the middle. The array becomes a std::map, for good, when the map itself is asked
@@ -53,6 +55,12 @@ public:
     bool Erase(unsigned long tag);
     /// Deletes all attributes.
     void Clear();
+    /// A copy of an attribute, or a new one of a type, for this map, as the factory makes them, but side by
+    /// side in memory where that can be; null when it cannot be had. So many copies are `expected`, this one
+    /// included; 0 when that is not known.
+    std::unique_ptr<CKivDSDicomAttribute> NewCopy(const CKivDSDicomAttribute& attribute,
+                                                  std::size_t expected = 0);
+    std::unique_ptr<CKivDSDicomAttribute> NewAttribute(int type);
     /// Makes room for so many entries. May throw; then nothing has changed.
     void Reserve(std::size_t count);
     /// Puts a position on the first entry, or on the one after its own; false when there is none.
@@ -65,10 +73,12 @@ private:
     friend class AttributeWalk;
     friend class AttributeEdit;
 
+    bool UsesBlock(int type, std::size_t expected) const;
     bool BecomesMap() noexcept;
 
     std::vector<Entry> m_Entries; // ascending; empty when there is a map
     std::unique_ptr<Map> m_pMap;
+    AttributeBlock* m_pBlock = nullptr; // the one being filled
 };
 
 } // namespace kivds

@@ -52,11 +52,13 @@ void CKivDSBaseDicomAttributeCollection::CopyFrom(const CKivDSBaseDicomAttribute
                                                   const Operation& op)
 {
     m_bMultiFrame = src.m_bMultiFrame;
-    m_Attributes.Reserve(src.m_Attributes.Size());
+    std::size_t left = src.m_Attributes.Size();
+    m_Attributes.Reserve(left);
     for (const auto [tag, attribute] : AttributeWalk(src.m_Attributes)) {
         CKivDSDicomAttribute** const place = m_Attributes.PlaceFor(tag).attribute;
         if (attribute)
-            *place = kivds::CopyOf(*attribute, op).release();
+            *place = kivds::CopyOf(*attribute, m_Attributes, op, left).release();
+        --left;
     }
     SetScope(src.m_pScope, true);
 }

@@ -25,7 +25,7 @@ namespace {
 void PutCopy(AttributeEdit& edit, unsigned long tag, const CKivDSDicomAttribute& attribute,
              const Operation& op)
 {
-    if (std::unique_ptr<CKivDSDicomAttribute> copy = kivds::CopyOf(attribute, op))
+    if (std::unique_ptr<CKivDSDicomAttribute> copy = kivds::CopyOf(attribute, edit.Map(), op))
         edit.Put(tag, std::move(copy));
 }
 
@@ -165,7 +165,7 @@ Part* NewPart(const wchar_t* operation, Fill fill)
         return nullptr;
     }
     fill([&](const CKivDSDicomAttribute& attribute) {
-        std::unique_ptr<CKivDSDicomAttribute> copy = kivds::CopyOf(attribute, op);
+        std::unique_ptr<CKivDSDicomAttribute> copy = PartAccess::CopyFor(*result, attribute, op);
         if (copy && result->AddAttribute(copy.get(), true))
             (void)copy.release(); // the part's now
     });

@@ -142,8 +142,8 @@ bool CKivDSBaseDicomAttributeCollection::ReadPart(ByteReader& reader, int& size,
         return op.Fail(kInvalidInput);
     for (int i = 0; i < count; ++i) {
         const int type = version > 0 ? fields.I32() : kivds::kPlainAttribute;
-        std::unique_ptr<CKivDSDicomAttribute> attribute(
-            fields.Ok() ? g_DicomAttributeFactory.CreateDicomAttribute(type) : nullptr);
+        std::unique_ptr<CKivDSDicomAttribute> attribute(fields.Ok() ? m_Attributes.NewAttribute(type)
+                                                                    : nullptr);
         if (fields.Ok() && !attribute && !kivds::IsAttributeType(type)) {
             const int length = fields.PeekI32(); // an unknown class's stream is passed over by its own length
             fields.Take(length >= kLengthSize ? length : -1);

@@ -174,6 +174,39 @@ TEST_F(AttributeMapTest, WithoutMemoryForAMapTheCollectionStaysAsItIs)
     EXPECT_EQ(Walked(large).size(), 2997U);
 }
 
+// Copies and what is read lie in blocks, of which each goes with the last attribute in it.
+TEST_F(AttributeMapTest, AttributesOfABlockStayAndGoOneByOne)
+{
+    const long live = Allocations::Live();
+    {
+        std::mt19937 random(3);
+        Facade original;
+        Tags tags;
+        for (unsigned short i = 0; i < 300; ++i) {
+            tags.push_back(0x00091000U + i);
+            Add(original, Numbers(tags.back(), {i, i}));
+        }
+        const std::string stream = Stream(original);
+        Facade copy(original, true), read, united;
+        int size = 0;
+        EXPECT_TRUE(read.Deserialize(stream.data(), static_cast<int>(stream.size()), size, true));
+        united += original;
+        std::shuffle(tags.begin(), tags.end(), random);
+        for (Facade* const facade : {&copy, &read, &united}) {
+            for (std::size_t i = 0; i < 290; ++i)
+                EXPECT_TRUE(facade->RemoveAttribute(tags[i]));
+            *facade += original; // into what is left of the block that was being filled, and new ones
+            EXPECT_EQ(Stream(*facade), stream);
+            for (std::size_t i = 10; i < 300; ++i)
+                EXPECT_TRUE(facade->RemoveAttribute(tags[i]));
+        }
+        EXPECT_TRUE(copy == read && read == united);
+        Facade again(read, true);
+        EXPECT_EQ(Stream(again), Stream(copy));
+    }
+    EXPECT_EQ(Allocations::Live(), live);
+}
+
 // A walk by an iterator goes on from its tag, whatever happens to the entries.
 TEST_F(AttributeMapTest, AnIteratorOutlivesChanges)
 {

@@ -111,7 +111,7 @@ class AttributeEdit
 {
 public:
     explicit AttributeEdit(AttributeMap& map)
-        : m_Entries(map.m_Entries), m_Read(m_Entries.data()), m_End(m_Read + m_Entries.size()),
+        : m_Map(map), m_Entries(map.m_Entries), m_Read(m_Entries.data()), m_End(m_Read + m_Entries.size()),
           m_Write(m_Read), m_pMap(map.m_pMap.get())
     {
         if (m_pMap)
@@ -126,6 +126,7 @@ public:
     AttributeEdit(const AttributeEdit&) = delete;
     AttributeEdit& operator=(const AttributeEdit&) = delete;
 
+    AttributeMap& Map() const { return m_Map; }
     bool AtEnd() const { return m_pMap ? m_InMap == m_pMap->end() : m_Read == m_End; }
     unsigned long Tag() const { return m_pMap ? m_InMap->first : m_Read->tag; }
     CKivDSDicomAttribute* Attribute() const { return m_pMap ? m_InMap->second : m_Read->attribute; }
@@ -199,6 +200,7 @@ private:
         m_Read = std::move_backward(m_Write, m_End - gap, m_End);
     }
 
+    AttributeMap& m_Map;
     std::vector<AttributeMap::Entry>& m_Entries;
     AttributeMap::Entry* m_Read;
     AttributeMap::Entry* m_End;

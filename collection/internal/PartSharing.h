@@ -5,6 +5,7 @@
 #include "collection/CKivDSBaseDicomAttributeCollection.h"
 #include "collection/CKivDSCompoundCollection.h"
 #include "collection/CKivDSEnhancedMFCollection.h"
+#include "collection/internal/AttributeCopy.h"
 
 #include "foundation/internal/Operation.h"
 
@@ -130,6 +131,13 @@ struct PartAccess
     static const AttributeMap& AttributesOf(const CKivDSBaseDicomAttributeCollection& part) noexcept
     {
         return part.m_Attributes;
+    }
+
+    static std::unique_ptr<CKivDSDicomAttribute> CopyFor(CKivDSBaseDicomAttributeCollection& part,
+                                                         const CKivDSDicomAttribute& attribute,
+                                                         const Operation& op)
+    {
+        return CopyOf(attribute, part.m_Attributes, op);
     }
 
     static std::map<unsigned long, CKivDSDicomAttribute*>* MapOf(CKivDSDicomAttributeCollection& collection)
