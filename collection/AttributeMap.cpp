@@ -14,7 +14,7 @@ namespace kivds {
 
 namespace {
 
-constexpr std::ptrdiff_t kMostMoved = 1024; // entries; moving them takes about as long as making a node
+constexpr std::ptrdiff_t kMostMoved = 1024; // entries; moving them takes about as long as making a node does
 constexpr std::size_t kFirstEntries = 4;
 
 /// The first entry whose tag is not below `tag`.
@@ -47,8 +47,11 @@ CKivDSDicomAttribute* const* AttributeMap::Find(unsigned long tag) const
 AttributeMap::Place AttributeMap::PlaceFor(unsigned long tag)
 {
     if (m_pMap) {
-        const auto [place, isNew] = m_pMap->try_emplace(tag);
-        return {&place->second, isNew};
+        const std::size_t held = m_pMap->size();
+        const bool atEnd = held == 0 || m_pMap->rbegin()->first < tag;
+        const auto place =
+            m_pMap->emplace_hint(atEnd ? m_pMap->end() : m_pMap->lower_bound(tag), tag, nullptr);
+        return {&place->second, m_pMap->size() > held};
     }
     if (m_Entries.empty() || m_Entries.back().tag < tag) {
         if (m_Entries.capacity() == 0)
@@ -58,10 +61,8 @@ AttributeMap::Place AttributeMap::PlaceFor(unsigned long tag)
     const auto place = LowerBound(m_Entries, tag);
     if (place->tag == tag)
         return {&place->attribute, false};
-    if (m_Entries.end() - place > kMostMoved) {
-        AsMap();
+    if (m_Entries.end() - place > kMostMoved && BecomesMap())
         return PlaceFor(tag);
-    }
     return {&m_Entries.insert(place, {tag, nullptr})->attribute, true};
 }
 
@@ -175,6 +176,45 @@ bool AttributeMap::BecomesMap() noexcept
         return true;
     } catch (...) {
         return false;
+    }
+}
+
+AttributeEdit::~AttributeEdit()
+{
+    if (m_pMap)
+        return;
+    KeepUpTo(m_Entries.size());
+    m_Entries.resize(m_nKept + m_Added.size());
+    auto kept = m_Entries.begin() + static_cast<std::ptrdiff_t>(m_nKept);
+    auto to = m_Entries.end();
+    while (!m_Added.empty()) { // from the back, where there is room
+        if (kept != m_Entries.begin() && m_Added.back().tag < kept[-1].tag) {
+            *--to = *--kept;
+            ++m_nMoved;
+        } else {
+            *--to = m_Added.back();
+            m_Added.pop_back();
+        }
+    }
+    if (m_nMoved / static_cast<std::size_t>(kMostMoved) > m_nSteps)
+        m_Map.BecomesMap();
+}
+
+void AttributeEdit::Put(unsigned long tag, std::unique_ptr<CKivDSDicomAttribute> attribute)
+{
+    if (!AtEnd() && Tag() == tag) {
+        CKivDSDicomAttribute*& held = m_pMap ? m_InMap->second : m_Entries[m_nRead].attribute;
+        delete held;
+        held = attribute.release();
+    } else if (m_pMap) {
+        m_pMap->emplace_hint(m_InMap, tag, attribute.get());
+        (void)attribute.release(); // the map's now
+    } else {
+        const std::size_t needed = m_Entries.size() + m_Added.size() + 1;
+        if (needed > m_Entries.capacity())
+            m_Entries.reserve(std::max(needed, m_Entries.size() + m_Entries.size() / 2));
+        m_Added.push_back({tag, attribute.get()});
+        (void)attribute.release(); // the map's at the end
     }
 }
 

@@ -66,6 +66,8 @@ public:
     /// Puts a position on the first entry, or on the one after its own; false when there is none.
     bool First(Position& position) const;
     bool Next(Position& position) const;
+    /// Whether it is a std::map by now.
+    bool IsMap() const { return m_pMap != nullptr; }
     /// The map itself, to be changed at will. May throw; then nothing has changed.
     Map& AsMap();
 

@@ -75,7 +75,7 @@ bool CKivDSBaseDicomAttributeCollection::Clean()
 template <class Condition>
 void CKivDSBaseDicomAttributeCollection::EraseIf(Condition condition)
 {
-    for (AttributeEdit edit(m_Attributes); !edit.AtEnd();) {
+    for (AttributeEdit edit(m_Attributes, m_Attributes.Size()); !edit.AtEnd();) {
         if (edit.Attribute() && condition(*edit.Attribute()))
             edit.Drop();
         else
@@ -221,7 +221,8 @@ bool CKivDSBaseDicomAttributeCollection::GetNumberOfFrames(int* frames) const
 
 void CKivDSBaseDicomAttributeCollection::Dump() const
 {
-    kivds::AttributeMap::Position position; // a listener may change the part
+    kivds::AttributeMap::Position position; // a listener may change the part,
+    // but for the attribute that is being dumped
     for (bool held = m_Attributes.First(position); held; held = m_Attributes.Next(position)) {
         if (position.entry.attribute)
             position.entry.attribute->Dump();

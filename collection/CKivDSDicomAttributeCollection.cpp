@@ -339,8 +339,6 @@ std::map<unsigned long, CKivDSDicomAttribute*>* CKivDSDicomAttributeCollection::
 // The part whose map GetMapPtr lends and the iterators walk.
 Part* CKivDSDicomAttributeCollection::PartOfMap()
 {
-    if (auto* const part = dynamic_cast<Part*>(this))
-        return part;
     if (!IsGood() || RefuseCompound(Operation(L"CKivDSDicomAttributeCollection::GetMapPtr")))
         return nullptr;
     return m_pEnhancedMFCollection ? m_pEnhancedMFCollection->PartOfMap() : m_pSingleFrameCollection;

@@ -34,8 +34,9 @@ CKivDSDicomAttributeCollectionIterator::CKivDSDicomAttributeCollectionIterator(
         m_pCollection = flat.release();
         m_bOwnsCollection = true;
     }
+    auto* const part = dynamic_cast<CKivDSBaseDicomAttributeCollection*>(m_pCollection); // or a facade
     if (walkSingle || !walkMulti)
-        m_pSingleFrameMap = AttributesOf(m_pCollection->PartOfMap());
+        m_pSingleFrameMap = AttributesOf(part ? part : m_pCollection->PartOfMap());
     if (walkMulti)
         m_pMultiFrameMap = AttributesOf(m_pCollection->PartOfMultiFrameMap());
 }

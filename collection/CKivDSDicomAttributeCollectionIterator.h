@@ -11,7 +11,8 @@
 
 #include <atomic>
 
-/// A walk ends at its end, when it is invalidated, or with the iterator; GetFirstAttribute starts a new one.
+/// What is walked are the parts' own attributes: a GetMapPtr that a derived class replaces is not asked. A
+/// walk ends at its end, when it is invalidated, or with the iterator; GetFirstAttribute starts a new one.
 /// Null entries are passed over.
 class KIVDS_API CKivDSDicomAttributeCollectionIterator : public CKivDSSubscriber
 {

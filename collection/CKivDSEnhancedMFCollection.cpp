@@ -30,9 +30,11 @@ constexpr int kFacadeFrame = 6; // what a facade's stream puts around this one
 constexpr std::int64_t kPartCost = 112;
 constexpr std::int64_t kFrameCost = 64; // with its place among the frames
 constexpr std::int64_t kEnhancedCost = 72;
+#if !defined(_GLIBCXX_DEBUG) && (!defined(_ITERATOR_DEBUG_LEVEL) || _ITERATOR_DEBUG_LEVEL == 0)
 static_assert(sizeof(CKivDSBaseDicomAttributeCollection) <= kPartCost);
 static_assert(sizeof(Facade) + 2 * sizeof(void*) <= kFrameCost);
 static_assert(sizeof(CKivDSEnhancedMFCollection) <= kEnhancedCost);
+#endif // containers that help in debugging are larger
 
 std::int64_t CostOfParts(const Facade& facade)
 {

@@ -38,7 +38,7 @@ Part& Part::operator+=(const Part& b)
     m_bMultiFrame = m_bMultiFrame || b.m_bMultiFrame;
     const Operation op(L"CKivDSBaseDicomAttributeCollection::operator +=");
     op.Guard(kivds::kUnexpectedError, [&] {
-        AttributeEdit edit(m_Attributes);
+        AttributeEdit edit(m_Attributes, b.m_Attributes.Size());
         for (const auto [tag, theirs] : AttributeWalk(b.m_Attributes)) {
             if (!theirs)
                 continue;
@@ -72,7 +72,7 @@ Part& Part::Overwrite(const Part& b, const Operation& op, Condition condition)
         return *this;
     m_bMultiFrame = m_bMultiFrame || b.m_bMultiFrame;
     op.Guard(kivds::kUnexpectedError, [&] {
-        AttributeEdit edit(m_Attributes);
+        AttributeEdit edit(m_Attributes, b.m_Attributes.Size());
         for (const auto [tag, theirs] : AttributeWalk(b.m_Attributes)) {
             if (theirs && condition(*theirs)) {
                 edit.LeapTo(tag);
@@ -105,7 +105,7 @@ Part& Part::Remove(const Part& b, Condition condition)
         Clean();
         return *this;
     }
-    AttributeEdit edit(m_Attributes);
+    AttributeEdit edit(m_Attributes, b.m_Attributes.Size());
     for (const auto [tag, theirs] : AttributeWalk(b.m_Attributes)) {
         if (theirs && edit.LeapTo(tag) && condition(edit.Attribute(), *theirs))
             edit.Drop();
@@ -119,7 +119,7 @@ Part& Part::operator^=(const Part& b)
         return *this;
     m_bMultiFrame = m_bMultiFrame || b.m_bMultiFrame;
     AttributeWalk theirs(b.m_Attributes);
-    for (AttributeEdit edit(m_Attributes); !edit.AtEnd();) {
+    for (AttributeEdit edit(m_Attributes, m_Attributes.Size()); !edit.AtEnd();) {
         const CKivDSDicomAttribute* const mine = edit.Attribute();
         const CKivDSDicomAttribute* const other = theirs.AttributeOf(edit.Tag());
         if (mine && !(other && *mine == *other))

@@ -1,5 +1,6 @@
 // The map of attributes behind a part, in both its forms, array and std::map, and its way from one to the
 // other.
+#include "attribute/DumpListener.h"
 #include "collection/internal/AttributeWalk.h"
 #include "tests/support/FailingNew.h"
 #include "tests/support/Notation.h"
@@ -108,7 +109,7 @@ TEST_F(AttributeMapTest, AnEditMeetsEveryTagAndKeepsTheRest)
         for (const unsigned long tag : leaps)
             EXPECT_EQ(walk.AttributeOf(tag) != nullptr, model.count(tag) > 0);
         {
-            AttributeEdit edit(map);
+            AttributeEdit edit(map, 1000);
             for (const unsigned long tag : leaps) {
                 const bool held = model.count(tag) > 0;
                 EXPECT_EQ(edit.LeapTo(tag), held);
@@ -174,6 +175,77 @@ TEST_F(AttributeMapTest, WithoutMemoryForAMapTheCollectionStaysAsItIs)
     EXPECT_EQ(Walked(large).size(), 2997U);
 }
 
+// The array stays as long as it serves: appending to it, and changes near its end or in small ones, move
+// little. Any other order of work would move everything again and again.
+TEST_F(AttributeMapTest, WorkThatWouldMoveTooMuchMakesAMapOfTheArray)
+{
+    constexpr unsigned long count = 5000;
+    const auto isMap = [](const Facade& a) { return PartAccess::AttributesOf(*SinglePart(a)).IsMap(); };
+    const auto filled = [](unsigned long first, bool ascending = true) {
+        auto a = std::make_unique<Facade>();
+        for (unsigned long i = first; i < count; ++i)
+            Add(*a, Empty(ascending ? i : count - i));
+        return a;
+    };
+    EXPECT_FALSE(isMap(*filled(0)));
+    EXPECT_TRUE(isMap(*filled(0, false)));
+    EXPECT_FALSE(isMap(Facade(*filled(0, false), true)));
+    for (const std::string name : kAssignments) {
+        const CollectionPtr a = filled(0), whole = filled(0), high = filled(2);
+        Facade end, front;
+        Add(end, Empty(count));
+        Add(front, Empty(1));
+        Apply(name, *a, end);
+        Apply(name, *whole, *filled(0));
+        EXPECT_FALSE(isMap(*a) || isMap(*whole)) << name;
+        Apply(name, *high, front); // adds in front
+        EXPECT_EQ(isMap(*high), name == "+=" || name == "*=" || name == "|=") << name;
+        Apply(name, *a, front); // drops in front
+        EXPECT_EQ(isMap(*a), name == "-=" || name == "/=") << name;
+    }
+    const CollectionPtr a = filled(0);
+    for (unsigned long tag = 0; tag < 2000; ++tag)
+        EXPECT_TRUE(a->RemoveAttribute(tag));
+    EXPECT_TRUE(isMap(*a));
+    EXPECT_EQ(Walked(PartAccess::AttributesOf(*SinglePart(*a))).size(), count - 2000);
+}
+
+// An entry without an attribute lies among many; and who hears that it could not be copied looks around.
+TEST_F(AttributeMapTest, ListenersFindTheCollectionWholeWhileItIsChanged)
+{
+    int deleted = 0;
+    Facade a, b;
+    for (unsigned long tag = 0; tag < 40; ++tag)
+        Add(tag % 2 ? a : b, Empty(tag));
+    Add(b, std::make_unique<CountedAttribute>("X5", &deleted, 9));
+    Add(a, Empty(Tag('Z')));
+    Facade holed(b, true);
+    Claim(L"CKivDSDicomAttributeFactory::CreateDicomAttribute", L"Unknown DICOM attribute type");
+    Facade again(holed, true);
+    EXPECT_EQ(Stream(again), Stream(holed));
+    g_KivIPError.SetListener(
+        [](void* context, Wide, Wide, int) {
+            auto& collection = *static_cast<Facade*>(context);
+            long count = 0;
+            EXPECT_TRUE(collection.GetNumberOfAttributes(&count) && count == 21);
+            for (unsigned long tag = 1; tag < 40; tag += 2)
+                EXPECT_TRUE(collection.HasAttribute(tag, true, true));
+        },
+        &a);
+    a |= b;
+    EXPECT_EQ(Walked(PartAccess::AttributesOf(*SinglePart(a))).size(), 41U);
+    const auto add = [](void* context, Txt) {
+        for (unsigned long tag = 100; tag < 200; ++tag) {
+            if (!static_cast<Facade*>(context)->HasAttribute(tag, true, true))
+                Add(*static_cast<Facade*>(context), Empty(tag));
+        }
+    };
+    SetDumpListener(add, &a);
+    a.Dump();
+    SetDumpListener(nullptr, nullptr);
+    EXPECT_EQ(Walked(PartAccess::AttributesOf(*SinglePart(a))).size(), 141U);
+}
+
 // Copies and what is read lie in blocks, of which each goes with the last attribute in it.
 TEST_F(AttributeMapTest, AttributesOfABlockStayAndGoOneByOne)
 {
@@ -210,21 +282,25 @@ TEST_F(AttributeMapTest, AttributesOfABlockStayAndGoOneByOne)
 // A walk by an iterator goes on from its tag, whatever happens to the entries.
 TEST_F(AttributeMapTest, AnIteratorOutlivesChanges)
 {
-    const CollectionPtr a = Make("B1 D1 F1 H1");
-    CKivDSDicomAttributeCollectionIterator walk(*a, true, true);
+    OpenFacade a;
+    a += *Make("B1 D1 F1 H1");
+    CKivDSDicomAttributeCollectionIterator walk(a, true, true);
     std::string walked;
     for (auto* at = walk.GetFirstAttribute(); at; at = walk.GetNextAttribute()) {
         unsigned long tag = 0;
         at->GetTag(&tag);
         walked += static_cast<char>(tag & 0xFF);
         if (walked == "B")
-            Add(*a, MakeAttribute("A1"));
+            Add(a, MakeAttribute("A1"));
         if (walked == "BD") {
-            EXPECT_TRUE(a->RemoveAttribute(Tag('D')) && a->RemoveAttribute(Tag('B')));
+            EXPECT_TRUE(a.RemoveAttribute(Tag('D')) && a.RemoveAttribute(Tag('B')));
         }
         if (walked == "BDF") {
             for (const char letter : std::string("CEGIJKLOPQ"))
-                Add(*a, MakeAttribute(std::string(1, letter) + "1"));
+                Add(a, MakeAttribute(std::string(1, letter) + "1"));
+        }
+        if (walked == "BDFGHI") {
+            EXPECT_TRUE(a.GetMapPtr());
         }
     }
     EXPECT_EQ(walked, "BDFGHIJKLOPQ");

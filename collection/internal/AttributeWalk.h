@@ -29,6 +29,15 @@ Entry* LeapTo(Entry* at, Entry* end, unsigned long tag)
                             [](const auto& entry, unsigned long wanted) { return entry.tag < wanted; });
 }
 
+/// The same in a std::map.
+template <class Map, class Iterator>
+Iterator LeapTo(Map& map, Iterator at, unsigned long tag)
+{
+    if (at != map.end() && at->first < tag)
+        ++at; // mostly the next one
+    return at != map.end() && at->first < tag ? map.lower_bound(tag) : at;
+}
+
 /// Asks the cache for an attribute some entries ahead: a walk would wait for memory at every attribute, and
 /// so waits for several at once.
 template <class Entry>
@@ -37,9 +46,10 @@ void FetchAhead(const Entry* at, const Entry* end)
 #if defined(__GNUC__)
     constexpr std::ptrdiff_t kAhead = 8; // enough to keep the memory busy
     if (end - at > kAhead) {
-        const auto* const attribute = reinterpret_cast<const char*>(at[kAhead].attribute);
-        __builtin_prefetch(attribute);
-        __builtin_prefetch(attribute + 64);
+        if (const auto* const attribute = reinterpret_cast<const char*>(at[kAhead].attribute)) {
+            __builtin_prefetch(attribute);
+            __builtin_prefetch(attribute + 64);
+        }
     }
 #else
     (void)at;
@@ -77,8 +87,7 @@ public:
     CKivDSDicomAttribute* AttributeOf(unsigned long tag)
     {
         if (m_pMap) {
-            if (!AtEnd() && Tag() < tag)
-                m_InMap = m_pMap->lower_bound(tag);
+            m_InMap = LeapTo(*m_pMap, m_InMap, tag);
         } else {
             m_At = LeapTo(m_At, m_End, tag);
             FetchAhead(m_At, m_End);
@@ -103,42 +112,40 @@ private:
     const AttributeMap::Entry* m_At;
     const AttributeMap::Entry* m_End;
     const AttributeMap::Map* m_pMap;
-    AttributeMap::Map::const_iterator m_InMap;
+    AttributeMap::Map::const_iterator m_InMap{};
 };
 
-/// Changes the entries of a map in one pass. Until its end nobody else may look at the map.
+/// Changes the entries of a map in one pass. Until its end nobody else may change the map; who looks at it
+/// meanwhile may not see what is added, and may see null where something was dropped.
 class AttributeEdit
 {
 public:
-    explicit AttributeEdit(AttributeMap& map)
-        : m_Map(map), m_Entries(map.m_Entries), m_Read(m_Entries.data()), m_End(m_Read + m_Entries.size()),
-          m_Write(m_Read), m_pMap(map.m_pMap.get())
+    /// `steps`: how many steps the operation takes anyway. A map whose array had far more to move than that
+    /// is a std::map afterwards.
+    AttributeEdit(AttributeMap& map, std::size_t steps)
+        : m_Map(map), m_Entries(map.m_Entries), m_nSteps(steps), m_pMap(map.m_pMap.get())
     {
         if (m_pMap)
             m_InMap = m_pMap->begin();
     }
-    ~AttributeEdit()
-    {
-        KeepUpTo(m_End);
-        if (!m_pMap)
-            m_Entries.resize(static_cast<std::size_t>(m_Write - m_Entries.data()));
-    }
+    ~AttributeEdit();
     AttributeEdit(const AttributeEdit&) = delete;
     AttributeEdit& operator=(const AttributeEdit&) = delete;
 
     AttributeMap& Map() const { return m_Map; }
-    bool AtEnd() const { return m_pMap ? m_InMap == m_pMap->end() : m_Read == m_End; }
-    unsigned long Tag() const { return m_pMap ? m_InMap->first : m_Read->tag; }
-    CKivDSDicomAttribute* Attribute() const { return m_pMap ? m_InMap->second : m_Read->attribute; }
+    bool AtEnd() const { return m_pMap ? m_InMap == m_pMap->end() : m_nRead == m_Entries.size(); }
+    unsigned long Tag() const { return m_pMap ? m_InMap->first : m_Entries[m_nRead].tag; }
+    CKivDSDicomAttribute* Attribute() const
+    {
+        return m_pMap ? m_InMap->second : m_Entries[m_nRead].attribute;
+    }
 
     void Keep()
     {
-        if (m_pMap) {
+        if (m_pMap)
             ++m_InMap;
-        } else {
-            FetchAhead(m_Read, m_End);
-            KeepUpTo(m_Read + 1);
-        }
+        else
+            KeepUpTo(m_nRead + 1);
     }
 
     /// Deletes the current attribute, and its entry.
@@ -148,65 +155,50 @@ public:
         if (m_pMap)
             m_InMap = m_pMap->erase(m_InMap);
         else
-            ++m_Read;
+            m_Entries[m_nRead++].attribute = nullptr;
     }
 
     /// Keeps the entries below a tag, which must lie ahead; whether the current one is that tag's then.
     bool LeapTo(unsigned long tag)
     {
         if (m_pMap) {
-            if (!AtEnd() && Tag() < tag)
-                m_InMap = m_pMap->lower_bound(tag);
+            m_InMap = kivds::LeapTo(*m_pMap, m_InMap, tag);
         } else {
-            KeepUpTo(kivds::LeapTo(m_Read, m_End, tag));
-            FetchAhead(m_Read, m_End);
+            AttributeMap::Entry* const first = m_Entries.data();
+            AttributeMap::Entry* const found = kivds::LeapTo(first + m_nRead, first + m_Entries.size(), tag);
+            KeepUpTo(static_cast<std::size_t>(found - first));
         }
         return !AtEnd() && Tag() == tag;
     }
 
     /// Stores an attribute under a tag that LeapTo has gone to, in place of what is held there. May throw;
     /// then it is not stored, and what was done before stays.
-    void Put(unsigned long tag, std::unique_ptr<CKivDSDicomAttribute> attribute)
-    {
-        if (!AtEnd() && Tag() == tag) {
-            CKivDSDicomAttribute*& held = m_pMap ? m_InMap->second : m_Read->attribute;
-            delete held;
-            held = attribute.release();
-        } else if (m_pMap) {
-            m_pMap->emplace_hint(m_InMap, tag, attribute.get());
-            (void)attribute.release();
-        } else {
-            if (m_Write == m_Read)
-                OpenGap();
-            *m_Write++ = {tag, attribute.release()};
-        }
-    }
+    void Put(unsigned long tag, std::unique_ptr<CKivDSDicomAttribute> attribute);
 
 private:
-    void KeepUpTo(AttributeMap::Entry* end)
+    void KeepUpTo(std::size_t end)
     {
-        m_Write = m_Write == m_Read ? end : std::move(m_Read, end, m_Write);
-        m_Read = end;
-    }
-
-    // Entries that are added go between those that are kept and those that are still to be read.
-    void OpenGap()
-    {
-        const auto kept = m_Write - m_Entries.data();
-        const auto gap = std::max<std::ptrdiff_t>(16, (m_End - m_Entries.data()) / 2);
-        m_Entries.resize(m_Entries.size() + static_cast<std::size_t>(gap));
-        m_Write = m_Entries.data() + kept;
-        m_End = m_Entries.data() + m_Entries.size();
-        m_Read = std::move_backward(m_Write, m_End - gap, m_End);
+        AttributeMap::Entry* const first = m_Entries.data();
+        if (m_nKept == m_nRead) {
+            m_nKept = end;
+        } else {
+            m_nMoved += end - m_nRead;
+            for (; m_nRead < end; ++m_nRead)
+                first[m_nKept++] = first[m_nRead];
+        }
+        m_nRead = end;
+        FetchAhead(first + end, first + m_Entries.size());
     }
 
     AttributeMap& m_Map;
     std::vector<AttributeMap::Entry>& m_Entries;
-    AttributeMap::Entry* m_Read;
-    AttributeMap::Entry* m_End;
-    AttributeMap::Entry* m_Write;
+    std::vector<AttributeMap::Entry> m_Added; // go into the array at the end, for which there is room
+    std::size_t m_nRead = 0;
+    std::size_t m_nKept = 0; // of those read, at the front
+    std::size_t m_nMoved = 0;
+    std::size_t m_nSteps;
     AttributeMap::Map* m_pMap;
-    AttributeMap::Map::iterator m_InMap;
+    AttributeMap::Map::iterator m_InMap{};
 };
 
 } // namespace kivds
