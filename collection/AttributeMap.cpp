@@ -212,7 +212,9 @@ void AttributeEdit::Put(unsigned long tag, std::unique_ptr<CKivDSDicomAttribute>
     } else {
         const std::size_t needed = m_Entries.size() + m_Added.size() + 1;
         if (needed > m_Entries.capacity())
-            m_Entries.reserve(std::max(needed, m_Entries.size() + m_Entries.size() / 2));
+            m_Entries.reserve(std::max(needed, m_Entries.capacity() * 2));
+        if (m_Added.empty())
+            m_Added.reserve(m_nSteps);
         m_Added.push_back({tag, attribute.get()});
         (void)attribute.release(); // the map's at the end
     }
