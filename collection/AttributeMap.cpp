@@ -50,7 +50,7 @@ AttributeMap::Place AttributeMap::PlaceFor(unsigned long tag)
         const std::size_t held = m_pMap->size();
         const bool atEnd = held == 0 || m_pMap->rbegin()->first < tag;
         const auto place =
-            m_pMap->emplace_hint(atEnd ? m_pMap->end() : m_pMap->lower_bound(tag), tag, nullptr);
+            m_pMap->try_emplace(atEnd ? m_pMap->end() : m_pMap->lower_bound(tag), tag, nullptr);
         return {&place->second, m_pMap->size() > held};
     }
     if (m_Entries.empty() || m_Entries.back().tag < tag) {
@@ -99,7 +99,8 @@ void AttributeMap::Clear()
 // A block is for company: what may stay alone, and what is not plain, goes by itself.
 bool AttributeMap::UsesBlock(int type, std::size_t expected) const
 {
-    return type == kPlainAttribute && (expected > 1 || m_pBlock || Size() > 0);
+    const bool hasCompany = m_pBlock || (expected > 0 ? expected > 1 : Size() > 0);
+    return type == kPlainAttribute && hasCompany;
 }
 
 std::unique_ptr<CKivDSDicomAttribute> AttributeMap::NewCopy(const CKivDSDicomAttribute& attribute,
@@ -111,10 +112,10 @@ std::unique_ptr<CKivDSDicomAttribute> AttributeMap::NewCopy(const CKivDSDicomAtt
     return copy && IsWhole(*copy, attribute) ? std::move(copy) : nullptr;
 }
 
-std::unique_ptr<CKivDSDicomAttribute> AttributeMap::NewAttribute(int type)
+std::unique_ptr<CKivDSDicomAttribute> AttributeMap::NewAttribute(int type, std::size_t expected)
 {
-    return std::unique_ptr<CKivDSDicomAttribute>(UsesBlock(type, 0)
-                                                     ? new (m_pBlock, 0) BlockAttribute(false, false)
+    return std::unique_ptr<CKivDSDicomAttribute>(UsesBlock(type, expected)
+                                                     ? new (m_pBlock, expected) BlockAttribute(false, false)
                                                      : g_DicomAttributeFactory.CreateDicomAttribute(type));
 }
 

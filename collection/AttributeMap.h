@@ -56,11 +56,11 @@ public:
     /// Deletes all attributes.
     void Clear();
     /// A copy of an attribute, or a new one of a type, for this map, as the factory makes them, but side by
-    /// side in memory where that can be; null when it cannot be had. So many copies are `expected`, this one
+    /// side in memory where that can be; null when it cannot be had. So many are `expected`, this one
     /// included; 0 when that is not known.
     std::unique_ptr<CKivDSDicomAttribute> NewCopy(const CKivDSDicomAttribute& attribute,
                                                   std::size_t expected = 0);
-    std::unique_ptr<CKivDSDicomAttribute> NewAttribute(int type);
+    std::unique_ptr<CKivDSDicomAttribute> NewAttribute(int type, std::size_t expected);
     /// Makes room for so many entries. May throw; then nothing has changed.
     void Reserve(std::size_t count);
     /// Puts a position on the first entry, or on the one after its own; false when there is none.

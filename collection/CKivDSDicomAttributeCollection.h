@@ -161,8 +161,8 @@ public:
 protected:
     /// The single-frame part's map, lent, to be changed at will, for as long as the part lives; null when
     /// there is none. It makes the part hold a map from now on, which no other thread may look at meanwhile;
-    /// the library itself walks parts without it. An attribute that is taken out of the map may be deleted;
-    /// into another collection goes a copy.
+    /// the library itself walks parts without it. An attribute that is taken out of the map is deleted as a
+    /// change to the part, under its lock; into another collection goes a copy.
     virtual std::map<unsigned long, CKivDSDicomAttribute*>* GetMapPtr();
     /// The same of the multi-frame part.
     virtual std::map<unsigned long, CKivDSDicomAttribute*>* GetMultiFrameMapPtr();

@@ -51,6 +51,7 @@ constexpr int kHeaderSize = 2; // of a collection stream: version and kind
 constexpr int kLengthSize = 4;
 constexpr int kPartHeaderSize = 12; // of a part's stream: version, total, count
 constexpr int kTypeSize = 4;
+constexpr int kSmallestRecord = 14; // in the oldest form: an attribute without values
 
 } // namespace
 
@@ -140,10 +141,19 @@ bool CKivDSBaseDicomAttributeCollection::ReadPart(ByteReader& reader, int& size,
     const int count = fields.I32();
     if (!fields.Ok())
         return op.Fail(kInvalidInput);
-    for (int i = 0; i < count; ++i) {
+    // As many records as are announced, and as there can be in what is left.
+    const auto expected = [&fields](int announced) {
+        return static_cast<std::size_t>(
+            std::max(std::min(announced, fields.Left() / kSmallestRecord + 1), 0));
+    };
+    op.Guard(nullptr, [&] {
+        m_Attributes.Reserve(expected(std::min(count, 64))); // an unbounded stream may announce anything
+        return true;
+    });
+    for (int left = count; left > 0; --left) {
         const int type = version > 0 ? fields.I32() : kivds::kPlainAttribute;
-        std::unique_ptr<CKivDSDicomAttribute> attribute(fields.Ok() ? m_Attributes.NewAttribute(type)
-                                                                    : nullptr);
+        std::unique_ptr<CKivDSDicomAttribute> attribute(
+            fields.Ok() ? m_Attributes.NewAttribute(type, expected(left)) : nullptr);
         if (fields.Ok() && !attribute && !kivds::IsAttributeType(type)) {
             const int length = fields.PeekI32(); // an unknown class's stream is passed over by its own length
             fields.Take(length >= kLengthSize ? length : -1);

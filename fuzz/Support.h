@@ -144,7 +144,7 @@ void CheckRoundTrip(ReportWatch& reports, Make make, Object& object, Form... for
 /// The most that a bounded read of `bytes` bytes may allocate.
 constexpr long long AllocationLimit(int bytes)
 {
-    return 16LL * bytes + 64 * 1024;
+    return 20LL * bytes + 64 * 1024;
 }
 
 /// Reads `bytes` into an object that `make` makes, bounded, and checks how that was done and what came of it.

@@ -164,6 +164,14 @@ TEST_F(AttributeMapTest, WithoutMemoryForAMapTheCollectionStaysAsItIs)
     for (int n = 0; n < 3; ++n)
         Claim(kPart + L"GetMapPtr", kUnexpectedError);
     EXPECT_EQ(Show(a), "X1 Y1");
+    EXPECT_TRUE(a.GetMapPtr());
+    AttributePtr x = MakeAttribute("X2");
+    {
+        const Allocations failing(0, Allocations::Later::Fail);
+        EXPECT_TRUE(a.AddAttribute(x.get(), true)); // takes a place that is there
+        (void)x.release();
+    }
+    EXPECT_EQ(Show(a), "X2 Y1");
     AttributeMap large; // which, to erase at the front, would rather be a map
     for (unsigned long tag = 0; tag < 3000; ++tag)
         Put(large, tag);
@@ -246,7 +254,7 @@ TEST_F(AttributeMapTest, ListenersFindTheCollectionWholeWhileItIsChanged)
     EXPECT_EQ(Walked(PartAccess::AttributesOf(*SinglePart(a))).size(), 141U);
 }
 
-// Copies and what is read lie in blocks, of which each goes with the last attribute in it.
+// Copies and what is read lie in blocks, from which each attribute goes by itself.
 TEST_F(AttributeMapTest, AttributesOfABlockStayAndGoOneByOne)
 {
     const long live = Allocations::Live();

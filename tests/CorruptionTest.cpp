@@ -1,6 +1,7 @@
 // Bytes that nobody may trust: every golden stream cut at each byte, with each byte and each 32-bit field
 // disturbed, through the bounded reads, in each form that its kind can be told. The bytes end where memory
 // ends.
+#include "KivDSDataU.h"
 #include "tests/support/DocumentedReports.h"
 #include "tests/support/FailingNew.h"
 #include "tests/support/GoldenStreams.h"
@@ -32,7 +33,7 @@ struct CorruptionTest : testing::Test
         const int length = static_cast<int>(bytes.size()), reported = m_Reports.Count();
         const long live = Allocations::Live();
         const auto keeps = [&](const StreamReading& reading) {
-            if (reading.m_nAllocated > 16LL * length + 64 * 1024)
+            if (reading.m_nAllocated > 20LL * length + 64 * 1024)
                 return false;
             if (!reading.m_bRead)
                 return silent ? reading.m_nSize == 0 && reading.m_bAsNew : m_Reports.Count() > reported;
@@ -150,6 +151,28 @@ TEST_F(CorruptionTest, StreamsNestedTooDeeplyOrOfTooManySmallFramesAreRefused)
             enhanced += frame;
         enhanced += Int(0) + Int(0);
         EXPECT_EQ(Read(AllGoldenStreams().Named("collection-empty"), {}, enhanced), accepted) << Hex(frame);
+    }
+}
+
+// The smallest records there are, in frames of all sizes: where objects take the most, for what they are made
+// of.
+TEST_F(CorruptionTest, ManySmallAttributesTakeNoMoreThanTheirShare)
+{
+    const std::string record(14, '\0');
+    for (const int records : {1, 2, 3, 4, 5, 9, 33, 64, 65, 300}) {
+        const int frames = 8000 / records;
+        std::string stream = Int(0) + Int(frames);
+        for (int i = 0; i < frames; ++i) {
+            stream += Int(records);
+            for (int k = 0; k < records; ++k)
+                stream += record;
+        }
+        stream += Int(0);
+        CKivDSEnhancedMFCollection enhanced;
+        int size = 0;
+        const Allocations allocations;
+        EXPECT_TRUE(enhanced.Deserialize(stream.data(), static_cast<int>(stream.size()), size, false));
+        EXPECT_LE(allocations.Bytes(), 20LL * static_cast<long long>(stream.size()) + 64 * 1024) << records;
     }
 }
 

@@ -1,7 +1,7 @@
 // Memory for the attributes that a part makes itself, in copying and in reading: several side by side, with
 // one allocation. Each is an attribute like any other, deleted like any other; a block goes with the last of
-// its attributes. Counting them takes neither lock nor atomic operation, since all attributes of a block are
-// one part's, which one thread at a time may change.
+// its attributes, and no longer than it is being filled. Counting them takes neither lock nor atomic
+// operation, since all attributes of a block are one part's, which one thread at a time may change.
 #pragma once
 
 #include "attribute/CKivDSDicomAttribute.h"
@@ -15,8 +15,9 @@ class AttributeBlock
 {
 public:
     /// Memory for one attribute: in `block`, or when that is full or null, in a new block, which takes its
-    /// place. So many attributes are `expected`, this one included; when that is not known, with 0, blocks
-    /// grow with what has been taken. Null when memory runs out.
+    /// place; `block` is null again after the last one of those expected. So many attributes are `expected`,
+    /// this one included; when that is not known, with 0, blocks grow with what has been taken. Null when
+    /// memory runs out.
     static void* Take(AttributeBlock*& block, std::size_t expected) noexcept;
     /// Gives back what Take has given.
     static void Return(void* memory) noexcept;

@@ -1,7 +1,6 @@
 // Passes over an attribute map, in ascending tag order: AttributeWalk looks, AttributeEdit replaces, drops
-// and adds entries as it goes. Both can leap to a tag, which costs a few steps when it is near and the
-// logarithm of the distance otherwise, so that two maps are walked side by side by leaping in one to the tags
-// of the other.
+// and adds entries as it goes. Both can leap to a tag, which costs a few steps when it is near and a
+// logarithm otherwise, so that two maps are walked side by side by leaping in one to the tags of the other.
 #pragma once
 
 #include "attribute/CKivDSDicomAttribute.h"
@@ -116,7 +115,7 @@ private:
 };
 
 /// Changes the entries of a map in one pass. Until its end nobody else may change the map; who looks at it
-/// meanwhile may not see what is added, and may see null where something was dropped.
+/// meanwhile does not see what is added; once something was dropped, entries may show twice or as null.
 class AttributeEdit
 {
 public:
