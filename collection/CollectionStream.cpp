@@ -146,10 +146,12 @@ bool CKivDSBaseDicomAttributeCollection::ReadPart(ByteReader& reader, int& size,
         return static_cast<std::size_t>(
             std::max(std::min(announced, fields.Left() / kSmallestRecord + 1), 0));
     };
-    op.Guard(nullptr, [&] {
+    const bool hasRoom = op.Guard(L"Failed to add attribute to collection", [&] {
         m_Attributes.Reserve(expected(std::min(count, 64))); // an unbounded stream may announce anything
         return true;
     });
+    if (!hasRoom)
+        return false;
     for (int left = count; left > 0; --left) {
         const int type = version > 0 ? fields.I32() : kivds::kPlainAttribute;
         std::unique_ptr<CKivDSDicomAttribute> attribute(
