@@ -19,25 +19,27 @@ class AttributeBlock;
 class AttributeMap
 {
 public:
+    /// The form that GetMapPtr lends.
     using Map = std::map<unsigned long, CKivDSDicomAttribute*>;
 
+    /// A tag and its attribute.
     struct Entry
     {
-        unsigned long tag = 0;
-        CKivDSDicomAttribute* attribute = nullptr; // null when it could not be copied
+        unsigned long tag = 0;                     ///< group and element, 0xggggeeee
+        CKivDSDicomAttribute* attribute = nullptr; ///< owned by the map; null when it could not be copied
     };
 
     /// The place of a tag's attribute; valid until the map changes.
     struct Place
     {
-        CKivDSDicomAttribute** attribute = nullptr;
-        bool isNew = false; ///< made by this call, and still null
+        CKivDSDicomAttribute** attribute = nullptr; ///< where the pointer lies
+        bool isNew = false;                         ///< made by this call, and still null
     };
 
     /// A position in a walk that may see the map change: it knows its entry by the tag.
     struct Position
     {
-        Entry entry;
+        Entry entry;           ///< as it was when the walk came to it
         std::size_t index = 0; ///< of the entry in the array, if nothing has moved it
     };
 
@@ -46,6 +48,7 @@ public:
     AttributeMap(const AttributeMap&) = delete;
     AttributeMap& operator=(const AttributeMap&) = delete;
 
+    /// The number of entries.
     std::size_t Size() const { return m_pMap ? m_pMap->size() : m_Entries.size(); }
     /// The attribute of a tag, which may be null; null when the tag is not held.
     CKivDSDicomAttribute* const* Find(unsigned long tag) const;
@@ -55,16 +58,18 @@ public:
     bool Erase(unsigned long tag);
     /// Deletes all attributes.
     void Clear();
-    /// A copy of an attribute, or a new one of a type, for this map, as the factory makes them, but side by
-    /// side in memory where that can be; null when it cannot be had. So many are `expected`, this one
-    /// included; 0 when that is not known.
+    /// A copy of an attribute for this map, as the factory makes it, but side by side with others in memory
+    /// where that can be; null when it cannot be had. So many are `expected`, this one included; 0 when that
+    /// is not known.
     std::unique_ptr<CKivDSDicomAttribute> NewCopy(const CKivDSDicomAttribute& attribute,
                                                   std::size_t expected = 0);
+    /// The same of an empty attribute of a type.
     std::unique_ptr<CKivDSDicomAttribute> NewAttribute(int type, std::size_t expected);
     /// Makes room for so many entries. May throw; then nothing has changed.
     void Reserve(std::size_t count);
-    /// Puts a position on the first entry, or on the one after its own; false when there is none.
+    /// Puts a position on the first entry; false when there is none.
     bool First(Position& position) const;
+    /// Puts a position on the entry after its own; false when there is none.
     bool Next(Position& position) const;
     /// Whether it is a std::map by now.
     bool IsMap() const { return m_pMap != nullptr; }
