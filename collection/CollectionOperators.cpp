@@ -139,7 +139,7 @@ bool Part::operator==(const Part& b)
     AttributeWalk walk(b.m_Attributes);
     for (const auto [tag, mine] : AttributeWalk(m_Attributes)) {
         const CKivDSDicomAttribute* const theirs = walk.Attribute();
-        if (tag != walk.Tag() || !mine != !theirs || (mine && *mine != *theirs))
+        if (tag != walk.Tag() || !mine != !theirs || (mine && theirs && *mine != *theirs))
             return false;
         walk.Next();
     }

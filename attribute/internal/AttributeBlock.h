@@ -27,6 +27,7 @@ public:
 private:
     struct Slot
     {
+        // cppcheck-suppress uninitMemberVar // the attribute that comes here makes it
         explicit Slot(AttributeBlock* itsBlock) noexcept : block(itsBlock) {}
 
         AttributeBlock* block;
@@ -58,6 +59,7 @@ public:
     {
         return AttributeBlock::Take(block, expected);
     }
+    // NOLINTNEXTLINE(misc-new-delete-overloads): what is made in a block is deleted like any attribute
     static void operator delete(void* memory) noexcept { AttributeBlock::Return(memory); }
     static void operator delete(void* memory, AttributeBlock*&, std::size_t) noexcept
     {
