@@ -221,8 +221,8 @@ bool CKivDSBaseDicomAttributeCollection::GetNumberOfFrames(int* frames) const
 
 void CKivDSBaseDicomAttributeCollection::Dump() const
 {
-    kivds::AttributeMap::Position position; // a listener may change the part,
-    // but for the attribute that is being dumped
+    // The listener may change the part, but for the attribute that is being dumped.
+    kivds::AttributeMap::Position position;
     for (bool held = m_Attributes.First(position); held; held = m_Attributes.Next(position)) {
         if (position.entry.attribute)
             position.entry.attribute->Dump();

@@ -100,17 +100,6 @@ CollectionPtr MakeGroup(std::string_view text)
     return std::make_unique<Facade>(enhanced.release());
 }
 
-/// Asks all parts of a collection for their maps.
-void BecomeMaps(Facade& facade)
-{
-    PartAccess::MapOf(facade); // of an enhanced facade its regular collection's
-    PartAccess::MultiFrameMapOf(facade);
-    if (const auto* const enhanced = Enhanced(facade)) {
-        for (Facade* const frame : PartAccess::Frames(*enhanced))
-            BecomeMaps(*frame);
-    }
-}
-
 /// Whether all collections that are made are to hold maps, the other of their two forms. The tests are run
 /// once with it.
 bool WithMaps()
@@ -149,10 +138,12 @@ CollectionPtr Make(std::string_view text)
     if (multi)
         FillPart(*multi, parts[1], true);
     auto facade = std::make_unique<Facade>(single.release(), multi.release());
+    if (WithMaps()) {
+        PartAccess::MapOf(*facade);
+        PartAccess::MultiFrameMapOf(*facade);
+    }
     if (group != std::string_view::npos)
         *facade = *MakeGroup(text.substr(group)); // stands beside the plain parts then
-    if (WithMaps())
-        BecomeMaps(*facade);
     return facade;
 }
 
