@@ -121,22 +121,12 @@ std::vector<Element> CtElements()
     return elements;
 }
 
-std::unique_ptr<CKivDSDicomAttribute> AttributeOf(const Element& element)
-{
-    std::unique_ptr<CKivDSDicomAttribute> attribute(g_DicomAttributeFactory.CreateDicomAttribute(0));
-    attribute->InitFromDicomData(element.m_Tag, element.m_nCode, static_cast<int>(element.m_Bytes.size()),
-                                 element.m_Bytes.data(), nullptr, false, false, -1, 1);
-    return attribute;
-}
-
 std::unique_ptr<CKivDSDicomAttributeCollection> CollectionOf(const std::vector<Element>& elements)
 {
     auto collection = std::make_unique<CKivDSDicomAttributeCollection>();
-    for (const Element& element : elements) {
-        std::unique_ptr<CKivDSDicomAttribute> attribute = AttributeOf(element);
-        if (collection->AddAttribute(attribute.get(), true))
-            (void)attribute.release(); // the collection's now
-    }
+    for (const Element& element : elements)
+        collection->AddElement(element.m_Tag, element.m_nCode, static_cast<int>(element.m_Bytes.size()),
+                               element.m_Bytes.data());
     return collection;
 }
 

@@ -19,7 +19,6 @@ struct Element
 
 std::vector<Element> CtElements();
 
-std::unique_ptr<CKivDSDicomAttribute> AttributeOf(const Element& element);
 std::unique_ptr<CKivDSDicomAttributeCollection> CollectionOf(const std::vector<Element>& elements);
 
 } // namespace kivds::bench

@@ -4,8 +4,12 @@
 // collection.
 #include "collection/CKivDSDicomAttributeCollection.h"
 
+#include "attribute/CKivDSDicomAttributeFactory.h"
+#include "attribute/internal/AttributeTypes.h"
 #include "collection/internal/PartSharing.h"
 #include "foundation/internal/Operation.h"
+
+#include <memory>
 
 using kivds::Operation;
 using kivds::PartAccess;
@@ -171,6 +175,25 @@ bool CKivDSDicomAttributeCollection::AddAttribute(CKivDSDicomAttribute* attr, bo
     if (!m_pMultiFrameCollection)
         m_pMultiFrameCollection = CreateCollection();
     return m_pMultiFrameCollection && m_pMultiFrameCollection->AddAttribute(attr, merge);
+}
+
+bool CKivDSDicomAttributeCollection::AddElement(unsigned long tag, int representation, int length,
+                                                const char* data, int expectedCount, bool mustReplicate,
+                                                int inSequenceIndex)
+{
+    const Operation op(L"CKivDSDicomAttributeCollection::AddElement");
+    if (RefuseCompound(op) || !IsGood())
+        return false;
+    std::unique_ptr<CKivDSDicomAttribute> made(
+        g_DicomAttributeFactory.CreateDicomAttribute(kivds::kPlainAttribute));
+    if (!made)
+        return op.Fail(kivds::kUnexpectedError);
+    if (!made->InitFromDicomData(tag, representation, length, data, nullptr, false, mustReplicate,
+                                 inSequenceIndex, expectedCount) ||
+        !AddAttribute(made.get(), true))
+        return false;
+    (void)made.release(); // the part's now
+    return true;
 }
 
 bool CKivDSDicomAttributeCollection::RemoveAttribute(unsigned long tag)

@@ -1,8 +1,7 @@
-// Builds an attribute from bytes, adds it, finds it, writes the stream and reads it back.
+// Adds an attribute made of bytes, finds it, writes the stream and reads it back.
 #include "KivDSDataU.h"
 
 #include <iostream>
-#include <memory>
 #include <string>
 
 int main()
@@ -10,12 +9,9 @@ int main()
     const unsigned long patientID = 0x00100020; // (0010,0020) Patient ID
     const int LO = 10;                          // the code of its representation, LO
     const std::string bytes = "P-007";
-    std::unique_ptr<CKivDSDicomAttribute> made(g_DicomAttributeFactory.CreateDicomAttribute(0));
-    made->InitFromDicomData(patientID, LO, int(bytes.size()), bytes.data(), nullptr, false, false, -1, 1);
 
     CKivDSDicomAttributeCollection collection;
-    if (collection.AddAttribute(made.get(), true))
-        made.release(); // the collection owns it now
+    collection.AddElement(patientID, LO, int(bytes.size()), bytes.data());
 
     int size = 0;
     collection.Serialize(nullptr, size); // a null buffer asks for the length

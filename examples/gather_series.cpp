@@ -10,10 +10,7 @@ namespace {
 void AddText(CKivDSDicomAttributeCollection& image, unsigned long tag, const std::string& text)
 {
     const int LO = 10;
-    std::unique_ptr<CKivDSDicomAttribute> made(g_DicomAttributeFactory.CreateDicomAttribute(0));
-    made->InitFromDicomData(tag, LO, int(text.size()), text.data(), nullptr, false, false, -1, 1);
-    if (image.AddAttribute(made.get(), true))
-        made.release(); // the image owns it now
+    image.AddElement(tag, LO, int(text.size()), text.data());
 }
 
 } // namespace

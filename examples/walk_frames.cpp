@@ -11,10 +11,7 @@ void AddNumber(CKivDSDicomAttributeCollection& collection, unsigned long tag, un
 {
     const int US = 22;
     const char bytes[] = {char(number & 0xFF), char(number >> 8)};
-    std::unique_ptr<CKivDSDicomAttribute> made(g_DicomAttributeFactory.CreateDicomAttribute(0));
-    made->InitFromDicomData(tag, US, int(sizeof bytes), bytes, nullptr, false, false, -1, 1);
-    if (collection.AddAttribute(made.get(), true))
-        made.release(); // the collection owns it now
+    collection.AddElement(tag, US, int(sizeof bytes), bytes);
 }
 
 // Whoever changes a collection while iterators walk it derives a subject, and notifies.

@@ -90,7 +90,7 @@ public:
     {
         constexpr void (Program::*steps[])() = {
             &Program::Add,      &Program::Add,      &Program::Combine, &Program::Combine,
-            &Program::Copy,     &Program::Add,      &Program::Split,   &Program::Frame,
+            &Program::Copy,     &Program::Element,  &Program::Split,   &Program::Frame,
             &Program::Compound, &Program::Enhanced, &Program::Merge,   &Program::Remove,
             &Program::Read,     &Program::Scope,    &Program::Change,  &Program::Flatten};
         constexpr int longest = 10;
@@ -156,6 +156,26 @@ private:
             (void)attribute.release(); // the collection's now
             Require(collection->HasAttribute(tag, !multi, multi), "what was added is held");
         }
+        CheckFacade(*collection);
+    }
+
+    /// Adds an element, and its attribute to a copy.
+    void Element()
+    {
+        FacadePtr& collection = Any();
+        const unsigned long tag = TakeTag(m_Input);
+        const SElement element(m_Input, tag, m_Input.Flag());
+        const bool plain = IsPlain(*collection);
+        const FacadePtr copy(Facade::CreateCollection(collection.get(), plain));
+        const bool added =
+            collection->AddElement(tag, element.representation, element.bytes.Size(), element.bytes.Data(),
+                                   element.expectedCount, element.mustReplicate, element.index);
+        Require(!plain || added || element.bytes.Size() == 0, "an element with bytes is added");
+        AttributePtr attribute = AttributeOf(element);
+        if (plain && added && copy->AddAttribute(attribute.get(), true))
+            (void)attribute.release(); // the copy's now
+        Require(!plain || Write(*collection, m_Reports) == Write(*copy, m_Reports),
+                "an element is added as its attribute is");
         CheckFacade(*collection);
     }
 

@@ -82,14 +82,7 @@ namespace {
 
 AttributePtr BuildFromElement(Input& input, unsigned long tag, bool mustReplicate)
 {
-    auto attribute = std::make_unique<CKivDSDicomAttribute>();
-    const int representation = input.Below(36) - 2;
-    const int index = input.Below(3) - 1;
-    const int expectedCount = input.Below(3);
-    const ExactBlock element(input.Text(40));
-    attribute->InitFromDicomData(tag, representation, element.Size(), element.Data(), nullptr, false,
-                                 mustReplicate, index, expectedCount);
-    return attribute;
+    return AttributeOf(SElement(input, tag, mustReplicate));
 }
 
 AttributePtr BuildFromValues(Input& input, unsigned long tag, bool mustReplicate)
@@ -129,12 +122,32 @@ AttributePtr BuildEmpty(Input& input, unsigned long tag, bool mustReplicate)
 
 } // namespace
 
-AttributePtr BuildAttribute(Input& input)
+SElement::SElement(Input& input, unsigned long itsTag, bool isReplicated)
+    : tag(itsTag), representation(input.Below(36) - 2), index(input.Below(3) - 1),
+      expectedCount(input.Below(3)), mustReplicate(isReplicated), bytes(input.Text(40))
 {
-    // Few tags, so that attributes meet; those that the library treats in a way of their own are among them.
+}
+
+AttributePtr AttributeOf(const SElement& element)
+{
+    auto attribute = std::make_unique<CKivDSDicomAttribute>();
+    attribute->InitFromDicomData(element.tag, element.representation, element.bytes.Size(),
+                                 element.bytes.Data(), nullptr, false, element.mustReplicate, element.index,
+                                 element.expectedCount);
+    return attribute;
+}
+
+// Few tags, so that attributes meet; those that the library treats in a way of their own are among them.
+unsigned long TakeTag(Input& input)
+{
     constexpr unsigned long tags[] = {0x00080060, 0x00100010, 0x00180050, 0x00280008,
                                       0x00280010, 0x00540220, 0x37110090, 0x7FE00010};
-    const unsigned long tag = tags[input.Below(8)];
+    return tags[input.Below(8)];
+}
+
+AttributePtr BuildAttribute(Input& input)
+{
+    const unsigned long tag = TakeTag(input);
     const bool mustReplicate = input.Flag();
     constexpr AttributePtr (*builders[])(Input&, unsigned long, bool) = {BuildFromElement, BuildFromValues,
                                                                          BuildCodeSequence, BuildEmpty};

@@ -66,6 +66,23 @@ private:
     bool m_bUnwritable = false;
 };
 
+/// A tag, one of few.
+unsigned long TakeTag(Input& input);
+/// An element as the input describes it.
+struct SElement
+{
+    SElement(Input& input, unsigned long itsTag, bool isReplicated);
+
+    unsigned long tag;
+    int representation;
+    int index;
+    int expectedCount;
+    bool mustReplicate;
+    ExactBlock bytes;
+};
+/// An attribute initialised from it, which fails without bytes.
+AttributePtr AttributeOf(const SElement& element);
+
 /// An attribute as the input describes it: from an element, from values, or a code sequence; with any flags,
 /// and perhaps with one value a frame.
 AttributePtr BuildAttribute(Input& input);

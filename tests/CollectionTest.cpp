@@ -47,6 +47,7 @@ TEST_F(CollectionTest, ChangesAreRefusedByCompoundAndEmptyFacades)
     const CollectionPtr none = Make("-"), compound = Make("{X1}");
     Facade& c = *compound;
     Refused(c.AddAttribute(y.get(), true), kFacade + L"AddAttribute", kCompoundRefused);
+    Refused(c.AddElement(Tag('Y'), US, 2, "1"), kFacade + L"AddElement", kCompoundRefused);
     Refused(c.RemoveAttribute(Tag('X')), kFacade + L"RemoveAttribute", kCompoundRefused);
     Refused(c.RemoveAllAttributes(), kFacade + L"RemoveAllAttributes", kCompoundRefused);
     Refused(c.RemoveAllSingleFrameAttributes(), kFacade + L"RemoveAllSingleFrameAttributes",
@@ -58,9 +59,10 @@ TEST_F(CollectionTest, ChangesAreRefusedByCompoundAndEmptyFacades)
     Claim(kFacade + L"Dump", kCompoundRefused);
     EXPECT_EQ(Show(c), "{X1}");
     none->Dump();
-    EXPECT_FALSE(none->AddAttribute(y.get(), true) || none->RemoveAllAttributes() ||
-                 none->RemoveAllSingleFrameAttributes() || none->RemoveAllMultiFrameAttributes() ||
-                 PartAccess::MapOf(*none) || PartAccess::MultiFrameMapOf(*none));
+    EXPECT_FALSE(none->AddAttribute(y.get(), true) || none->AddElement(Tag('Y'), US, 2, "1") ||
+                 none->RemoveAllAttributes() || none->RemoveAllSingleFrameAttributes() ||
+                 none->RemoveAllMultiFrameAttributes() || PartAccess::MapOf(*none) ||
+                 PartAccess::MultiFrameMapOf(*none));
     Refused(none->RemoveAttribute(Tag('X')), kFacade + L"RemoveAttribute",
             L"Attribute collection not properly initialized");
 }
@@ -86,6 +88,36 @@ TEST_F(CollectionTest, AddingReplacesOrAccumulatesAndDeletesWhatItDoesNotKeep)
     const CollectionPtr facade = Make("X1"); // of another representation: taken, and not accumulated
     EXPECT_TRUE(facade->AddAttribute(Numbers(Tag('X'), {5}, true).release(), true));
     EXPECT_EQ(Show(*facade), "X1");
+}
+
+TEST_F(CollectionTest, AddingAnElementIsAddingItsAttribute)
+{
+    const std::string_view dates = "20240229\\20240301 ";
+    for (const Txt form : {"", "K1", "X1", "X1r Z2", "Z1", "X1|M1,2", "<X1|M1,2;Y1>", "Z1<X1;Y1>"}) {
+        for (const bool mustReplicate : {false, true}) {
+            SCOPED_TRACE(form);
+            const CollectionPtr facade = Make(form), byHand = Make(form);
+            EXPECT_TRUE(facade->AddElement(Tag('X'), DA, 18, dates.data(), 2, mustReplicate, 3));
+            Add(*byHand, Attribute(Tag('X'), DA, dates, mustReplicate, 3, 2));
+            EXPECT_TRUE(facade->AddElement(Tag('Y'), US, 2, "7"));
+            Add(*byHand, Attribute(Tag('Y'), US, std::string_view("7", 2), false, -1));
+            EXPECT_EQ(Stream(*facade), Stream(*byHand));
+            Refused(facade->AddElement(Tag('Z'), LO, 0, ""), L"CKivDSDicomAttribute::InitFromDicomData",
+                    L" Bad input parameters ");
+            EXPECT_EQ(Stream(*facade), Stream(*byHand));
+        }
+    }
+    struct Counting : Facade
+    {
+        bool AddAttribute(CKivDSDicomAttribute* attribute, bool merge) override
+        {
+            return ++added < 3 && Facade::AddAttribute(attribute, merge);
+        }
+        int added = 0;
+    } counting;
+    EXPECT_TRUE(counting.AddElement(Tag('X'), US, 2, "1") && counting.AddElement(Tag('Y'), US, 2, "1"));
+    EXPECT_FALSE(counting.AddElement(Tag('Z'), US, 2, "1"));
+    EXPECT_EQ(Show(counting), "X49 Y49");
 }
 
 TEST_F(CollectionTest, AnAttributeThatBecomesMultiFrameWhileItIsHeldStaysWhereItIs)

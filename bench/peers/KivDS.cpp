@@ -24,7 +24,6 @@ struct Library
     {
         auto set = std::make_unique<Facade>();
         for (const Element& element : dataSet) {
-            std::unique_ptr<CKivDSDicomAttribute> attribute(g_DicomAttributeFactory.CreateDicomAttribute(0));
             std::string_view field = element.Unpadded();
             int values = 1;
             if (element.m_Vr == Vr::DA || element.m_Vr == Vr::TM) {
@@ -32,11 +31,8 @@ struct Library
                 if (values > 1) // splitting takes the last byte for a pad
                     field = std::string_view(element.m_Field.data(), field.size() + 1);
             }
-            attribute->InitFromDicomData(element.m_Tag, kCodes[static_cast<std::size_t>(element.m_Vr)],
-                                         static_cast<int>(field.size()), field.data(), nullptr, false, false,
-                                         -1, values);
-            if (set->AddAttribute(attribute.get(), true))
-                (void)attribute.release(); // the collection's now
+            set->AddElement(element.m_Tag, kCodes[static_cast<std::size_t>(element.m_Vr)],
+                            static_cast<int>(field.size()), field.data(), values);
         }
         return set;
     }
