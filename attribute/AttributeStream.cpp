@@ -15,12 +15,11 @@
 #include "attribute/internal/AttributeRecord.h"
 #include "attribute/internal/FrameRange.h"
 #include "foundation/internal/ElementTypes.h"
+#include "foundation/internal/ExactType.h"
 #include "foundation/internal/Operation.h"
 #include "platform/internal/Blocks.h"
 #include "platform/internal/ByteReader.h"
 #include "platform/internal/ByteWriter.h"
-
-#include <typeinfo>
 
 using kivds::AttributeRecord;
 using kivds::ByteReader;
@@ -33,33 +32,30 @@ constexpr int kFixedLength = 19; // of an attribute stream without values and fr
 constexpr int kValueOverhead = 12;
 constexpr const wchar_t* kInvalidValue = L"Invalid input parameter";
 
-/// What a value stream begins with. The reader fails when that is no value's: an unknown type, a negative
-/// count.
-struct ValueHeader
+} // namespace
+
+/// The fields of a value stream. The reader fails when it stands at no such stream (an unknown type, a
+/// negative count) or when that reaches past the limit.
+struct CKivDSDicomAttribute::SValueStream
 {
     tagEKivAGAttributeType type;
     int count;
     std::int64_t bytes;
+    const char* elements;
+    int inSequenceIndex;
+    bool isWhole;
 
-    explicit ValueHeader(ByteReader& reader)
+    explicit SValueStream(ByteReader& reader)
         : type(static_cast<tagEKivAGAttributeType>(reader.I32())), count(reader.I32()),
           bytes(kivds::ByteSize(type, count))
     {
         if (kivds::ElementSize(type) == 0 || count < 0)
             reader.Fail();
+        elements = reader.Take(bytes);
+        inSequenceIndex = reader.I32();
+        isWhole = reader.Ok();
     }
 };
-
-/// The bytes of the value stream that starts at `reader`; 0 when it is none or reaches past the limit.
-int ValueStreamLength(ByteReader reader)
-{
-    const ValueHeader header(reader);
-    reader.Take(header.bytes);
-    reader.I32();
-    return reader.Ok() ? static_cast<int>(kValueOverhead + header.bytes) : 0;
-}
-
-} // namespace
 
 int CKivDSDicomAttribute::GetSize(const SKivAGAttributeValue& value) const
 {
@@ -96,16 +92,16 @@ bool CKivDSDicomAttribute::WriteValue(const SKivAGAttributeValue& value, ByteWri
 // of values.
 bool CKivDSDicomAttribute::IsPlain() const
 {
-    const std::type_info& own = typeid(*this);
-    return own == typeid(CKivDSDicomAttribute) || own == typeid(kivds::BlockAttribute);
+    return kivds::IsExactly<CKivDSDicomAttribute>(*this) || kivds::IsExactly<kivds::BlockAttribute>(*this);
 }
 
 int CKivDSDicomAttribute::GetSize() const
 {
-    return Measure(IsPlain());
+    return IsPlain() ? Measure<true>() : Measure<false>();
 }
 
-int CKivDSDicomAttribute::Measure(bool plain) const
+template <bool plain>
+int CKivDSDicomAttribute::Measure() const
 {
     std::int64_t length = kFixedLength;
     for (int i = 0; i < m_nNumberOfValues; ++i) {
@@ -135,15 +131,18 @@ bool CKivDSDicomAttribute::Serialize(char* buffer, int& size) const
     }
     ByteWriter writer(buffer);
     // Without a length the caller's buffer has no size to speak of, and nothing is written.
-    if (expected > 0 && !WriteFields(writer, expected, IsPlain()))
+    if (expected > 0 &&
+        !(IsPlain() ? WriteFields<true>(writer, expected) : WriteFields<false>(writer, expected)))
         return false;
     size = writer.Written() == expected ? expected : 0;
     return size > 0 || Operation(L"CKivDSDicomAttribute::Serialize")
                            .Fail(L" Inconsistent attribute format: serialization aborted");
 }
 
-bool CKivDSDicomAttribute::WriteFields(ByteWriter& writer, int total, bool plain) const
+template <bool plain>
+bool CKivDSDicomAttribute::WriteFields(ByteWriter& out, int total) const
 {
+    ByteWriter writer = out; // of its own, which can stay in registers
     writer.I32(total);
     writer.U32(m_ulTag);
     writer.I32(m_nRepresentation);
@@ -164,13 +163,14 @@ bool CKivDSDicomAttribute::WriteFields(ByteWriter& writer, int total, bool plain
         kivds::WriteFrameRange(*m_pFrameRange, writer.Position(), length);
         writer.Advance(length);
     }
+    out = writer;
     return true;
 }
 
 int AttributeRecord::Length(const CKivDSDicomAttribute& attribute)
 {
     if (attribute.IsPlain())
-        return attribute.Measure(true);
+        return attribute.Measure<true>();
     int length = 0;
     return attribute.Serialize(nullptr, length) ? length : 0;
 }
@@ -182,7 +182,7 @@ bool AttributeRecord::Write(const CKivDSDicomAttribute& attribute, ByteWriter& w
         // frame range is another module's, and is not trusted to.
         ByteWriter total(writer.Position());
         const std::int64_t start = writer.Written();
-        if (!attribute.WriteFields(writer, 0, true))
+        if (!attribute.WriteFields<true>(writer, 0))
             return false;
         total.I32(kivds::StreamLength(writer.Written() - start));
         return true;
@@ -201,27 +201,24 @@ bool CKivDSDicomAttribute::Deserialize(const char* buffer, int& size, SKivAGAttr
     if (!buffer)
         return op.Fail(kInvalidValue);
     ByteReader reader = ByteReader::Unbounded(buffer);
-    if (!ReadValue(reader, value, inlineAllowed, op))
+    if (!KeepValue(SValueStream(reader), value, inlineAllowed, op))
         return false;
     size = reader.Consumed();
     return true;
 }
 
-bool CKivDSDicomAttribute::ReadValue(ByteReader& reader, SKivAGAttributeValue& value, bool inlineAllowed,
-                                     const Operation& op)
+bool CKivDSDicomAttribute::KeepValue(const SValueStream& stream, SKivAGAttributeValue& value,
+                                     bool inlineAllowed, const Operation& op)
 {
-    const ValueHeader header(reader);
-    const char* const elements = reader.Take(header.bytes);
-    const int inSequenceIndex = reader.I32();
-    if (!reader.Ok())
+    if (!stream.isWhole)
         return op.Fail(kInvalidValue);
-    const bool inside = inlineAllowed && header.bytes < static_cast<std::int64_t>(sizeof m_InlineData);
-    kivds::Block block = inside ? nullptr : kivds::NewBlock(header.bytes);
+    const bool inside = inlineAllowed && stream.bytes < static_cast<std::int64_t>(sizeof m_InlineData);
+    kivds::Block block = inside ? nullptr : kivds::NewBlock(stream.bytes);
     if (!inside && !block)
         return op.Fail(L"Failed to allocate attribute value data buffer");
     char* const data = inside ? m_InlineData : block.release();
-    kivds::CopyLittleEndian(data, elements, header.count, kivds::ElementSize(header.type));
-    value = {header.count, header.type, inSequenceIndex, data};
+    kivds::CopyLittleEndian(data, stream.elements, stream.count, kivds::ElementSize(stream.type));
+    value = {stream.count, stream.type, stream.inSequenceIndex, data};
     m_bPreallocatedData = inside;
     return true;
 }
@@ -231,7 +228,8 @@ bool CKivDSDicomAttribute::ReadOverriddenValue(ByteReader& reader, SKivAGAttribu
                                                const Operation& op)
 {
     int length = 0;
-    if (ValueStreamLength(reader) == 0)
+    ByteReader ahead = reader;
+    if (!SValueStream(ahead).isWhole)
         return op.Fail(kInvalidValue);
     return Deserialize(reader.Position(), length, value, false) && reader.Take(length);
 }
@@ -261,14 +259,17 @@ bool CKivDSDicomAttribute::ReadStream(ByteReader& reader, int& size, bool versio
     ByteReader fields = reader.Part(declared);
     if (version > 0)
         fields.U32();
-    if (!ReadFields(fields, versioned, op))
+    int consumed = 0;
+    if (!(IsPlain() ? ReadFields<true>(fields, versioned, consumed, op)
+                    : ReadFields<false>(fields, versioned, consumed, op)))
         return false;
-    size = version > 0 ? declared : fields.Consumed();
+    size = version > 0 ? declared : consumed;
     reader.Take(size);
     return true;
 }
 
-bool CKivDSDicomAttribute::ReadFields(ByteReader& reader, bool versioned, const Operation& op)
+template <bool plain>
+bool CKivDSDicomAttribute::ReadFields(ByteReader reader, bool versioned, int& consumed, const Operation& op)
 {
     const std::uint32_t tag = reader.U32();
     const int representation = reader.I32();
@@ -290,27 +291,28 @@ bool CKivDSDicomAttribute::ReadFields(ByteReader& reader, bool versioned, const 
     }
     if (count > 0 && !AllocAttributeValue(count))
         return op.Fail(L"Failed to allocate attribute value array");
-    const bool plain = IsPlain();
     for (; m_nNumberOfValues < count; ++m_nNumberOfValues) {
         SKivAGAttributeValue& value = m_pValues[m_nNumberOfValues];
-        if (!(plain ? ReadValue(reader, value, false, op) : ReadOverriddenValue(reader, value, op)))
+        if (!(plain ? KeepValue(SValueStream(reader), value, false, op)
+                    : ReadOverriddenValue(reader, value, op)))
             return op.Fail(L" Unable to deserialize the attribute value ");
     }
-    if (!versioned)
-        return true;
-
-    const bool multiFrame = reader.U8() != 0;
-    if (!reader.Ok())
-        return op.Fail(L" Bad input parameters ");
-    ResetMultiFrameInfo();
-    if (!multiFrame)
-        return true;
-    std::unique_ptr<CKivIPPRangeIDC> range = kivds::NewFrameRange();
-    if (!range)
-        return op.Fail(L"Failed to allocate new frame range collection");
-    int length = 0;
-    if (!kivds::ReadFrameRange(*range, reader.Position(), reader.Left(), length) || !reader.Take(length))
-        return op.Fail(L" Bad input parameters ");
-    m_pFrameRange = range.release();
+    if (versioned) {
+        const bool multiFrame = reader.U8() != 0;
+        if (!reader.Ok())
+            return op.Fail(L" Bad input parameters ");
+        ResetMultiFrameInfo();
+        if (multiFrame) {
+            std::unique_ptr<CKivIPPRangeIDC> range = kivds::NewFrameRange();
+            if (!range)
+                return op.Fail(L"Failed to allocate new frame range collection");
+            int length = 0;
+            if (!kivds::ReadFrameRange(*range, reader.Position(), reader.Left(), length) ||
+                !reader.Take(length))
+                return op.Fail(L" Bad input parameters ");
+            m_pFrameRange = range.release();
+        }
+    }
+    consumed = reader.Consumed();
     return true;
 }

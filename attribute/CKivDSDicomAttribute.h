@@ -306,6 +306,7 @@ private:
 
     struct SPieceFormat;
     struct SNumberFormat;
+    struct SValueStream;
 
     bool FillValues(const SKivAGAttributeValue* values, int count);
     void AppendValues(const CKivDSDicomAttribute& b);
@@ -326,11 +327,14 @@ private:
     bool ConvertNumbers(const char* text, int length, const SNumberFormat& format,
                         bool (*read)(const char*&, const char*, T&));
     bool IsPlain() const;
-    int Measure(bool plain) const;
+    template <bool plain>
+    int Measure() const;
     static bool WriteValue(const SKivAGAttributeValue& value, kivds::ByteWriter& writer);
-    bool WriteFields(kivds::ByteWriter& writer, int total, bool plain) const;
-    bool ReadFields(kivds::ByteReader& reader, bool versioned, const kivds::Operation& op);
-    bool ReadValue(kivds::ByteReader& reader, SKivAGAttributeValue& value, bool inlineAllowed,
+    template <bool plain>
+    bool WriteFields(kivds::ByteWriter& writer, int total) const;
+    template <bool plain>
+    bool ReadFields(kivds::ByteReader reader, bool versioned, int& consumed, const kivds::Operation& op);
+    bool KeepValue(const SValueStream& stream, SKivAGAttributeValue& value, bool inlineAllowed,
                    const kivds::Operation& op);
     bool ReadOverriddenValue(kivds::ByteReader& reader, SKivAGAttributeValue& value,
                              const kivds::Operation& op);

@@ -15,13 +15,13 @@
 #include "attribute/internal/AttributeTypes.h"
 #include "collection/internal/AttributeWalk.h"
 #include "collection/internal/PartSharing.h"
+#include "foundation/internal/ExactType.h"
 #include "foundation/internal/Operation.h"
 #include "platform/internal/ByteReader.h"
 #include "platform/internal/ByteWriter.h"
 
 #include <algorithm>
 #include <limits>
-#include <typeinfo>
 #include <utility>
 
 using kivds::AttributeRecord;
@@ -182,7 +182,7 @@ bool CKivDSBaseDicomAttributeCollection::ReadPart(ByteReader& reader, int& size,
 // Measures the part of a facade, as its class does; false when it cannot tell its length.
 bool CKivDSBaseDicomAttributeCollection::MeasureAsPart(SMeasure& measure) const
 {
-    if (typeid(*this) == typeid(CKivDSBaseDicomAttributeCollection))
+    if (kivds::IsExactly<CKivDSBaseDicomAttributeCollection>(*this))
         measure = Measure();
     else if (!Serialize(nullptr, measure.length))
         return false;
@@ -193,7 +193,7 @@ bool CKivDSBaseDicomAttributeCollection::MeasureAsPart(SMeasure& measure) const
 bool CKivDSBaseDicomAttributeCollection::WriteAsPart(ByteWriter& writer, const SMeasure& measure) const
 {
     int length = 0;
-    const bool plain = typeid(*this) == typeid(CKivDSBaseDicomAttributeCollection);
+    const bool plain = kivds::IsExactly<CKivDSBaseDicomAttributeCollection>(*this);
     if (!(plain ? WriteMeasured(writer.Position(), length, measure) : Serialize(writer.Position(), length)))
         return false;
     writer.Advance(length);

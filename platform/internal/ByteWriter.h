@@ -31,11 +31,8 @@ public:
 
     void U32(std::uint32_t value) noexcept
     {
-        if (m_Destination) {
-            auto* p = reinterpret_cast<unsigned char*>(Position());
-            for (int i = 0; i < 4; ++i)
-                p[i] = static_cast<unsigned char>(value >> (8 * i));
-        }
+        if (m_Destination)
+            CopyLittleEndian(Position(), reinterpret_cast<const char*>(&value), 1, 4);
         m_Written += 4;
     }
 
