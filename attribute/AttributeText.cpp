@@ -37,13 +37,14 @@ bool CKivDSDicomAttribute::SplitIntoValues(const Operation& op, const char* text
         separators && separatorCount > 0 ? static_cast<std::size_t>(separatorCount) : 0;
     PieceReader pieces({text, static_cast<std::size_t>(length)}, {separators, separatorsSize},
                        LastPiece::Whole);
-    const int count = pieces.Count();
+    std::string_view piece;
+    bool more = pieces.Next(piece); // mostly the only one
+    const int count = more ? 1 + pieces.Count() : 0;
     Clean();
     if (count > 0 && !AllocAttributeValue(count))
         return op.Fail(noMemory);
     m_nNumberOfValues = count;
-    std::string_view piece;
-    for (int i = 0; pieces.Next(piece); ++i) {
+    for (int i = 0; more; ++i, more = pieces.Next(piece)) {
         if (!SetText(m_pValues[i], piece.data(), piece.size())) {
             Clean();
             return op.Fail(noMemory);

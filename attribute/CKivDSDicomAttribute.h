@@ -331,7 +331,7 @@ private:
     int Measure() const;
     static bool WriteValue(const SKivAGAttributeValue& value, kivds::ByteWriter& writer);
     template <bool plain>
-    bool WriteFields(kivds::ByteWriter& writer, int total) const;
+    bool WriteFields(kivds::ByteWriter& out, int total) const;
     template <bool plain>
     bool ReadFields(kivds::ByteReader reader, bool versioned, int& consumed, const kivds::Operation& op);
     bool KeepValue(const SValueStream& stream, SKivAGAttributeValue& value, bool inlineAllowed,

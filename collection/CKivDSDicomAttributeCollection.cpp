@@ -181,13 +181,10 @@ bool CKivDSDicomAttributeCollection::AddElement(unsigned long tag, int represent
                                                 const char* data, int expectedCount, bool mustReplicate,
                                                 int inSequenceIndex)
 {
-    const Operation op(L"CKivDSDicomAttributeCollection::AddElement");
-    if (RefuseCompound(op) || !IsGood())
-        return false;
     std::unique_ptr<CKivDSDicomAttribute> made(
         g_DicomAttributeFactory.CreateDicomAttribute(kivds::kPlainAttribute));
     if (!made)
-        return op.Fail(kivds::kUnexpectedError);
+        return Operation(L"CKivDSDicomAttributeCollection::AddElement").Fail(kivds::kUnexpectedError);
     if (!made->InitFromDicomData(tag, representation, length, data, nullptr, false, mustReplicate,
                                  inSequenceIndex, expectedCount) ||
         !AddAttribute(made.get(), true))

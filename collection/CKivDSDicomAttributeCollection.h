@@ -175,8 +175,9 @@ public:
     /// It reads what the object's own class reads; `size` receives the bytes read.
     bool Deserialize(const char* buffer, int length, int& size, bool versioned);
     /// Adds a new attribute made of an element: CKivDSDicomAttribute::InitFromDicomData, which says what the
-    /// arguments are, and AddAttribute with `merge` true. When one of them fails, with its own report,
-    /// nothing is added. "Unexpected error" (no memory for the attribute).
+    /// arguments are, then AddAttribute with `merge` true, which refuses for its own reasons. When one of
+    /// them fails, with the reports that it makes under its own name, nothing is added. "Unexpected error"
+    /// (no memory for the attribute).
     bool AddElement(unsigned long tag, int representation, int length, const char* data,
                     int expectedCount = 1, bool mustReplicate = false, int inSequenceIndex = -1);
     /// Whether a tag is held. With `searchSingle` true the single-frame part alone is asked, else, with

@@ -47,7 +47,7 @@ TEST_F(CollectionTest, ChangesAreRefusedByCompoundAndEmptyFacades)
     const CollectionPtr none = Make("-"), compound = Make("{X1}");
     Facade& c = *compound;
     Refused(c.AddAttribute(y.get(), true), kFacade + L"AddAttribute", kCompoundRefused);
-    Refused(c.AddElement(Tag('Y'), US, 2, "1"), kFacade + L"AddElement", kCompoundRefused);
+    Refused(c.AddElement(Tag('Y'), US, 2, "1"), kFacade + L"AddAttribute", kCompoundRefused);
     Refused(c.RemoveAttribute(Tag('X')), kFacade + L"RemoveAttribute", kCompoundRefused);
     Refused(c.RemoveAllAttributes(), kFacade + L"RemoveAllAttributes", kCompoundRefused);
     Refused(c.RemoveAllSingleFrameAttributes(), kFacade + L"RemoveAllSingleFrameAttributes",
@@ -118,6 +118,9 @@ TEST_F(CollectionTest, AddingAnElementIsAddingItsAttribute)
     EXPECT_TRUE(counting.AddElement(Tag('X'), US, 2, "1") && counting.AddElement(Tag('Y'), US, 2, "1"));
     EXPECT_FALSE(counting.AddElement(Tag('Z'), US, 2, "1"));
     EXPECT_EQ(Show(counting), "X49 Y49");
+    Part part;
+    EXPECT_TRUE(part.AddElement(Tag('X'), US, 2, "1"));
+    EXPECT_EQ(Show(part), "X49");
 }
 
 TEST_F(CollectionTest, AnAttributeThatBecomesMultiFrameWhileItIsHeldStaysWhereItIs)
