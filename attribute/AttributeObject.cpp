@@ -121,11 +121,6 @@ bool CKivDSDicomAttribute::GetNumberOfValues(int* out) const
     return true;
 }
 
-const SKivAGAttributeValue* CKivDSDicomAttribute::GetValuePtr(int index) const noexcept
-{
-    return m_pValues && index >= 0 && index < m_nNumberOfValues ? &m_pValues[index] : nullptr;
-}
-
 bool CKivDSDicomAttribute::GetValue(int i, SKivAGAttributeValue* out) const
 {
     const SKivAGAttributeValue* value = GetValuePtr(i);

@@ -252,7 +252,10 @@ public:
     bool Deserialize(const char* buffer, int length, int& size, bool versioned, int version);
     /// Lends value `index` in place until the attribute's values change; null, without a report, out of
     /// range.
-    const SKivAGAttributeValue* GetValuePtr(int index) const noexcept;
+    const SKivAGAttributeValue* GetValuePtr(int index) const noexcept
+    {
+        return m_pValues && index >= 0 && index < m_nNumberOfValues ? &m_pValues[index] : nullptr;
+    }
     /// Makes this an attribute without values: tag and code as given, private flag false, no report.
     void InitEmpty(unsigned long tag, int representation, bool mustReplicate);
 
