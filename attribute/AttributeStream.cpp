@@ -268,7 +268,7 @@ bool CKivDSDicomAttribute::ReadStream(ByteReader& reader, int& size, bool versio
     return true;
 }
 
-// The reader is handed to nothing but what is inlined, so that it stays in registers.
+// The plain one hands its reader to nothing that is not inlined, so that it stays in registers.
 template <bool plain>
 bool CKivDSDicomAttribute::ReadFields(ByteReader reader, bool versioned, int& consumed, const Operation& op)
 {
