@@ -203,11 +203,10 @@ bool Convert2VectOfScalars(const char* data, int byteLength, CKivDSDicomAttribut
     if (!data || !attribute || byteLength < static_cast<int>(sizeof(T)))
         return op.Fail(L"Invalid input parameter");
     const bool inside = byteLength < static_cast<int>(sizeof attribute->m_InlineData);
-    kivds::Block block = inside ? nullptr : kivds::NewBlock(byteLength);
-    if (!inside && !block)
+    char* const destination = inside ? attribute->m_InlineData : attribute->NewData(byteLength);
+    if (!destination)
         return op.Fail(L"Failed to allocate destination buffer");
     // Copied before the attribute is cleaned, and with memmove: `data` may lie in the attribute's own values.
-    char* const destination = inside ? attribute->m_InlineData : block.release();
     std::memmove(destination, data, static_cast<std::size_t>(byteLength));
     attribute->Clean();
     attribute->AllocAttributeValue(1);

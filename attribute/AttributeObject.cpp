@@ -1,5 +1,6 @@
 // The attribute as an object: construction, copying, release, storage of its values, plain accessors.
 #include "attribute/CKivDSDicomAttribute.h"
+#include "attribute/internal/AttributeBlock.h"
 #include "attribute/internal/GatheredValues.h"
 #include "attribute/internal/WholeCopy.h"
 #include "foundation/internal/ElementTypes.h"
@@ -8,18 +9,33 @@
 
 #include <algorithm>
 #include <cstring>
+#include <memory>
 #include <new>
 #include <utility>
 
 using kivds::Operation;
+
+namespace {
+
+/// Bytes of so many records.
+constexpr std::int64_t BytesOf(int records)
+{
+    return std::int64_t{records} * static_cast<std::int64_t>(sizeof(SKivAGAttributeValue));
+}
+
+} // namespace
 
 CKivDSDicomAttribute::CKivDSDicomAttribute(bool bPrivate, bool bMustReplicate)
     : m_bPrivate(bPrivate), m_bMustReplicate(bMustReplicate)
 {
 }
 
-CKivDSDicomAttribute::CKivDSDicomAttribute(const CKivDSDicomAttribute& src)
-    : m_ulTag(src.m_ulTag), m_nRepresentation(src.m_nRepresentation)
+CKivDSDicomAttribute::CKivDSDicomAttribute(const CKivDSDicomAttribute& src) : CKivDSDicomAttribute(src, false)
+{
+}
+
+CKivDSDicomAttribute::CKivDSDicomAttribute(const CKivDSDicomAttribute& src, bool inBlock)
+    : m_ulTag(src.m_ulTag), m_nRepresentation(src.m_nRepresentation), m_bInBlock(inBlock)
 {
     if (src.m_nNumberOfValues > 0 && !AllocAttributeValue(src.m_nNumberOfValues)) {
         Operation(L"CKivDSDicomAttribute::CKivDSDicomAttribute").Report(L" Out of memory ");
@@ -145,7 +161,13 @@ bool CKivDSDicomAttribute::SetValue(int i, SKivAGAttributeValue* in)
 
 bool CKivDSDicomAttribute::DeleteAttributeValue(SKivAGAttributeValue& v) const
 {
-    return IsPreallocatedData(v.pData) || FreeAttributeValue(v);
+    if (IsPreallocatedData(v.pData))
+        return true;
+    if (m_bInBlock && kivds::AttributeBlock::ReturnData(*this, v.pData, kivds::ByteSize(v.eType, v.nCount))) {
+        v.pData = nullptr;
+        return true;
+    }
+    return FreeAttributeValue(v);
 }
 
 bool CKivDSDicomAttribute::IsPreallocatedData(const char* p) const
@@ -163,7 +185,7 @@ void CKivDSDicomAttribute::SetDataElementType(tagEKivAGAttributeType t)
 bool CKivDSDicomAttribute::AllocAttributeValue(int n)
 {
     m_pGathered.reset();
-    SKivAGAttributeValue* const records = n > 1 ? GetNewAttributeValueArray(n) : &m_InlineValue;
+    SKivAGAttributeValue* const records = n > 1 ? NewRecords(n) : &m_InlineValue;
     if (records)
         m_pValues = records;
     return records != nullptr;
@@ -174,6 +196,35 @@ void CKivDSDicomAttribute::AdoptValues(std::unique_ptr<SKivAGAttributeValue[]> v
     Clean();
     m_pValues = values.release();
     m_nNumberOfValues = count;
+}
+
+// Memory for the data of one value: beside the attribute where it lies in a block that has room, else a heap
+// block; null when memory runs out.
+char* CKivDSDicomAttribute::NewData(std::int64_t bytes)
+{
+    char* const beside = m_bInBlock ? kivds::AttributeBlock::TakeData(*this, bytes) : nullptr;
+    return beside ? beside : kivds::NewBlock(bytes).release();
+}
+
+// The same for the records of several values, which are zeroed.
+SKivAGAttributeValue* CKivDSDicomAttribute::NewRecords(int n)
+{
+    char* const beside = m_bInBlock ? kivds::AttributeBlock::TakeData(*this, BytesOf(n)) : nullptr;
+    if (!beside)
+        return GetNewAttributeValueArray(n);
+    auto* const records = reinterpret_cast<SKivAGAttributeValue*>(beside);
+    std::uninitialized_value_construct_n(records, n);
+    return records;
+}
+
+// Gives back the records, but not the data of their values.
+void CKivDSDicomAttribute::ReleaseRecords()
+{
+    const bool isInside =
+        m_pValues == &m_InlineValue ||
+        (m_bInBlock && kivds::AttributeBlock::ReturnData(*this, m_pValues, BytesOf(m_nNumberOfValues)));
+    if (!isInside)
+        delete[] m_pValues;
 }
 
 bool CKivDSDicomAttribute::Alloc(int nValues, tagEKivAGAttributeType type, int nElements)
@@ -195,13 +246,13 @@ bool CKivDSDicomAttribute::Alloc(int nValues, tagEKivAGAttributeType type, int n
         return true;
     }
     for (int i = 0; i < m_nNumberOfValues; ++i) {
-        kivds::Block block = kivds::NewBlock(bytes);
-        if (!block) {
+        char* const data = NewData(bytes);
+        if (!data) {
             Clean();
             return op.Fail(L"Failed to allocate attribute buffer");
         }
-        std::fill_n(block.get(), static_cast<std::size_t>(bytes), '\0');
-        m_pValues[i] = {nElements, type, 0, block.release()};
+        std::fill_n(data, static_cast<std::size_t>(bytes), '\0');
+        m_pValues[i] = {nElements, type, 0, data};
     }
     return true;
 }
@@ -225,24 +276,28 @@ bool CKivDSDicomAttribute::CopyAttributeValue(const SKivAGAttributeValue* const 
     }
     const bool inside =
         valueIndex == 0 && bytes > 0 && bytes < static_cast<std::int64_t>(sizeof m_InlineData);
-    kivds::Block block = inside ? nullptr : kivds::NewBlock(bytes);
-    if (!inside && !block)
+    char* const data = inside ? m_InlineData : NewData(bytes);
+    if (!data)
         return op.Fail(L"Failed to allocate destination buffer");
-    char* const data = inside ? m_InlineData : block.release();
     std::memmove(data, src->pData, static_cast<std::size_t>(bytes));
     *dst = {src->nCount, src->eType, src->nInSequenceIndex, data};
     m_bPreallocatedData = inside;
     return true;
 }
 
-void CKivDSDicomAttribute::Clean()
+void CKivDSDicomAttribute::ReleaseValues()
 {
     m_pGathered.reset();
     for (int i = 0; i < m_nNumberOfValues; ++i)
         DeleteAttributeValue(m_pValues[i]);
-    if (m_pValues != &m_InlineValue)
-        delete[] m_pValues;
+    ReleaseRecords();
     m_pValues = nullptr;
+}
+
+void CKivDSDicomAttribute::Clean()
+{
+    if (m_pValues)
+        ReleaseValues();
     m_nNumberOfValues = 0;
     m_InlineValue = {};
     m_bPreallocatedData = false;

@@ -90,8 +90,7 @@ bool CKivDSDicomAttribute::ReserveRecords(std::int64_t total)
     if (!larger)
         return false;
     std::copy_n(m_pValues, m_nNumberOfValues, larger);
-    if (m_pValues != &m_InlineValue)
-        delete[] m_pValues;
+    ReleaseRecords();
     m_pValues = larger;
     if (m_pGathered)
         m_pGathered->SetCapacity(room);

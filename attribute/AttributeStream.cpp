@@ -213,10 +213,9 @@ bool CKivDSDicomAttribute::KeepValue(const SValueStream& stream, SKivAGAttribute
     if (!stream.isWhole)
         return op.Fail(kInvalidValue);
     const bool inside = inlineAllowed && stream.bytes < static_cast<std::int64_t>(sizeof m_InlineData);
-    kivds::Block block = inside ? nullptr : kivds::NewBlock(stream.bytes);
-    if (!inside && !block)
+    char* const data = inside ? m_InlineData : NewData(stream.bytes);
+    if (!data)
         return op.Fail(L"Failed to allocate attribute value data buffer");
-    char* const data = inside ? m_InlineData : block.release();
     kivds::CopyLittleEndian(data, stream.elements, stream.count, kivds::ElementSize(stream.type));
     value = {stream.count, stream.type, stream.inSequenceIndex, data};
     m_bPreallocatedData = inside;

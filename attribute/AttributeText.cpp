@@ -18,10 +18,9 @@ bool CKivDSDicomAttribute::SetText(SKivAGAttributeValue& value, const char* text
 {
     const auto bytes = static_cast<std::int64_t>(length) + 1;
     const bool inside = m_nNumberOfValues == 1 && bytes <= static_cast<std::int64_t>(sizeof m_InlineData);
-    kivds::Block block = inside ? nullptr : kivds::NewBlock(bytes);
-    if (!inside && !block)
+    char* const data = inside ? m_InlineData : NewData(bytes);
+    if (!data)
         return false;
-    char* const data = inside ? m_InlineData : block.release();
     kivds::CopyBytes(data, text, static_cast<std::int64_t>(length));
     data[length] = '\0';
     value = {static_cast<int>(bytes), eAttrChar, 0, data};
@@ -38,8 +37,8 @@ bool CKivDSDicomAttribute::SplitIntoValues(const Operation& op, const char* text
     PieceReader pieces({text, static_cast<std::size_t>(length)}, {separators, separatorsSize},
                        LastPiece::Whole);
     std::string_view piece;
-    bool more = pieces.Next(piece); // mostly the only one
-    const int count = more ? 1 + pieces.Count() : 0;
+    bool more = pieces.Next(piece);
+    const int count = !more ? 0 : pieces.AtEnd() ? 1 : 1 + pieces.Count();
     Clean();
     if (count > 0 && !AllocAttributeValue(count))
         return op.Fail(noMemory);

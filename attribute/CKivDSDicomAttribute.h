@@ -1,7 +1,7 @@
 // One DICOM attribute: its tag, its representation, its typed values, two flags and, when it carries one
 // value per frame, a frame range. It owns all of them; one small value lives inside the object, without a
-// heap block. No operation takes a lock: whoever shares an attribute between threads serialises every change
-// with all other use.
+// heap block, and beside an attribute that a collection has made there may be room for more. No operation
+// takes a lock: whoever shares an attribute between threads serialises every change with all other use.
 #pragma once
 
 #include "foundation/AttributeValue.h"
@@ -13,7 +13,9 @@
 #include <memory>
 
 namespace kivds {
+class AttributeBlock;
 struct AttributeRecord;
+class BlockAttribute;
 class ByteReader;
 class ByteWriter;
 class GatheredValues;
@@ -290,7 +292,14 @@ protected:
     alignas(8) char m_InlineData[16] = {};     ///< the data of one small value; aligned for doubles
     SKivAGAttributeValue m_InlineValue = {};   ///< the record of a single value
     bool m_bPreallocatedData = false;          ///< the single value's data lies in m_InlineData
-    std::int32_t m_nType = 0;                  ///< see GetType
+
+private:
+    // It lies among others in a block of a part's, and so may the data of its values
+    // (attribute/internal/AttributeBlock.h).
+    bool m_bInBlock = false;
+
+protected:
+    std::int32_t m_nType = 0; ///< see GetType
 
     /// The readers' hook behind all forms of Deserialize: reads the attribute's stream through `reader`,
     /// which bounds it, and leaves the reader behind the stream. `size` is set as the public forms set it.
@@ -303,6 +312,7 @@ private:
     friend KIVDS_API bool operator==(const CKivDSDicomAttribute& a, const CKivDSDicomAttribute& b);
     friend KIVDS_API bool operator<(const CKivDSDicomAttribute& a, const CKivDSDicomAttribute& b);
     friend struct kivds::AttributeRecord;
+    friend class kivds::BlockAttribute;
     template <class T>
     friend bool Convert2VectOfScalars(const char* data, int byteLength, CKivDSDicomAttribute* attribute,
                                       T* typeTag);
@@ -311,6 +321,11 @@ private:
     struct SNumberFormat;
     struct SValueStream;
 
+    CKivDSDicomAttribute(const CKivDSDicomAttribute& src, bool inBlock);
+    char* NewData(std::int64_t bytes);
+    SKivAGAttributeValue* NewRecords(int n);
+    void ReleaseRecords();
+    void ReleaseValues();
     bool FillValues(const SKivAGAttributeValue* values, int count);
     void AppendValues(const CKivDSDicomAttribute& b);
     bool ReserveRecords(std::int64_t total);

@@ -43,8 +43,7 @@ CKivDSDicomAttribute* const* AttributeMap::Find(unsigned long tag) const
     return found != m_Entries.end() && found->tag == tag ? &found->attribute : nullptr;
 }
 
-// Elements come in ascending tag order from files and streams, so the end is tried first.
-AttributeMap::Place AttributeMap::PlaceFor(unsigned long tag)
+AttributeMap::Place AttributeMap::FindPlace(unsigned long tag)
 {
     if (m_pMap) {
         const std::size_t held = m_pMap->size();
@@ -62,7 +61,7 @@ AttributeMap::Place AttributeMap::PlaceFor(unsigned long tag)
     if (place->tag == tag)
         return {&place->attribute, false};
     if (m_Entries.end() - place > kMostMoved && BecomesMap())
-        return PlaceFor(tag);
+        return FindPlace(tag);
     return {&m_Entries.insert(place, {tag, nullptr})->attribute, true};
 }
 
@@ -93,6 +92,7 @@ void AttributeMap::Clear()
     std::vector<Entry>().swap(m_Entries);
     if (m_pMap)
         m_pMap->clear();
+    m_nExpected = 0;
     AttributeBlock::LetGo(std::exchange(m_pBlock, nullptr));
 }
 
@@ -115,8 +115,31 @@ std::unique_ptr<CKivDSDicomAttribute> AttributeMap::NewCopy(const CKivDSDicomAtt
 std::unique_ptr<CKivDSDicomAttribute> AttributeMap::NewAttribute(int type, std::size_t expected)
 {
     return std::unique_ptr<CKivDSDicomAttribute>(UsesBlock(type, expected)
-                                                     ? new (m_pBlock, expected) BlockAttribute(false, false)
+                                                     ? new (m_pBlock, expected) BlockAttribute
                                                      : g_DicomAttributeFactory.CreateDicomAttribute(type));
+}
+
+std::unique_ptr<CKivDSDicomAttribute> AttributeMap::NewElement()
+{
+    if (m_nExpected > 0)
+        return NewAttribute(kPlainAttribute, m_nExpected--);
+    return std::unique_ptr<CKivDSDicomAttribute>(
+        g_DicomAttributeFactory.CreateDicomAttribute(kPlainAttribute));
+}
+
+void AttributeMap::Expect(std::size_t count)
+{
+    GrowFor(count);
+    m_nExpected = count;
+}
+
+// Room for so many entries more, and for as many again where entries have come before: however often it is
+// called, each entry is moved a few times.
+void AttributeMap::GrowFor(std::size_t count)
+{
+    const std::size_t needed = m_Entries.size() + count;
+    if (!m_pMap && needed > m_Entries.capacity())
+        m_Entries.reserve(std::max(needed, m_Entries.capacity() * 2));
 }
 
 void AttributeMap::Reserve(std::size_t count)
@@ -144,16 +167,18 @@ bool AttributeMap::Next(Position& position) const
         position.entry = {next->first, next->second};
         return true;
     }
-    const bool inPlace = position.index < m_Entries.size() && m_Entries[position.index].tag == tag;
-    const auto next =
-        inPlace
-            ? m_Entries.begin() + static_cast<std::ptrdiff_t>(position.index) + 1
-            : std::upper_bound(m_Entries.begin(), m_Entries.end(), tag,
-                               [](unsigned long passed, const Entry& entry) { return passed < entry.tag; });
-    if (next == m_Entries.end())
+    const Entry* const first = m_Entries.data();
+    const Entry* const end = first + m_Entries.size();
+    const bool inPlace = position.index < m_Entries.size() && first[position.index].tag == tag;
+    const Entry* const next =
+        inPlace ? first + position.index + 1
+                : std::upper_bound(first, end, tag, [](unsigned long passed, const Entry& entry) {
+                      return passed < entry.tag;
+                  });
+    if (next == end)
         return false;
-    position = {*next, static_cast<std::size_t>(next - m_Entries.begin())};
-    FetchAhead(&*next, m_Entries.data() + m_Entries.size());
+    position = {*next, static_cast<std::size_t>(next - first)};
+    FetchAhead(next, end);
     return true;
 }
 
@@ -211,9 +236,7 @@ void AttributeEdit::Put(unsigned long tag, std::unique_ptr<CKivDSDicomAttribute>
         m_pMap->emplace_hint(m_InMap, tag, attribute.get());
         (void)attribute.release(); // the map's now
     } else {
-        const std::size_t needed = m_Entries.size() + m_Added.size() + 1;
-        if (needed > m_Entries.capacity())
-            m_Entries.reserve(std::max(needed, m_Entries.capacity() * 2));
+        m_Map.GrowFor(m_Added.size() + 1);
         if (m_Added.empty())
             m_Added.reserve(m_nSteps);
         m_Added.push_back({tag, attribute.get()});

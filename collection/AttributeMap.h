@@ -53,7 +53,16 @@ public:
     /// The attribute of a tag, which may be null; null when the tag is not held.
     CKivDSDicomAttribute* const* Find(unsigned long tag) const;
     /// The place of a tag's attribute, made where there is none. May throw; then nothing has changed.
-    Place PlaceFor(unsigned long tag);
+    Place PlaceFor(unsigned long tag)
+    {
+        // Elements come in ascending tag order from files and streams.
+        if (!m_Entries.empty() && m_Entries.size() < m_Entries.capacity() && m_Entries.back().tag < tag) {
+            m_Entries.push_back(Entry());
+            m_Entries.back().tag = tag;
+            return {&m_Entries.back().attribute, true};
+        }
+        return FindPlace(tag);
+    }
     /// Deletes the attribute of a tag; false when the tag is not held.
     bool Erase(unsigned long tag);
     /// Deletes all attributes.
@@ -65,6 +74,12 @@ public:
                                                   std::size_t expected = 0);
     /// The same of an empty attribute of a type.
     std::unique_ptr<CKivDSDicomAttribute> NewAttribute(int type, std::size_t expected);
+    /// An empty plain attribute, side by side with others where so many are to come; null when it cannot be
+    /// had.
+    std::unique_ptr<CKivDSDicomAttribute> NewElement();
+    /// Makes room for so many entries more, and for as many attributes of NewElement. May throw; then nothing
+    /// has changed.
+    void Expect(std::size_t count);
     /// Makes room for so many entries. May throw; then nothing has changed.
     void Reserve(std::size_t count);
     /// Puts a position on the first entry; false when there is none.
@@ -80,12 +95,15 @@ private:
     friend class AttributeWalk;
     friend class AttributeEdit;
 
+    Place FindPlace(unsigned long tag);
     bool UsesBlock(int type, std::size_t expected) const;
+    void GrowFor(std::size_t count);
     bool BecomesMap() noexcept;
 
     std::vector<Entry> m_Entries; // ascending; empty when there is a map
     std::unique_ptr<Map> m_pMap;
     AttributeBlock* m_pBlock = nullptr; // the one being filled
+    std::size_t m_nExpected = 0;        // attributes of NewElement still to come
 };
 
 } // namespace kivds

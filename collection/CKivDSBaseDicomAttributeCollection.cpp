@@ -15,6 +15,7 @@ using kivds::Operation;
 namespace {
 
 constexpr const wchar_t* kNullOutput = L" Null output pointer parameter ";
+constexpr Operation kAddAttribute(L"CKivDSBaseDicomAttributeCollection::AddAttribute");
 
 } // namespace
 
@@ -101,13 +102,19 @@ std::map<unsigned long, CKivDSDicomAttribute*>* CKivDSBaseDicomAttributeCollecti
 
 bool CKivDSBaseDicomAttributeCollection::AddAttribute(CKivDSDicomAttribute* attr, bool merge)
 {
-    const Operation op(L"CKivDSBaseDicomAttributeCollection::AddAttribute");
     if (!attr)
-        return op.Fail(L" Null input parameter ");
+        return kAddAttribute.Fail(L" Null input parameter ");
     unsigned long tag = 0;
     if (!attr->GetTag(&tag))
-        return op.Fail(L" Unable to retrieve attribute tag ");
-    const auto place = op.Guard(kivds::kUnexpectedError, [&] { return m_Attributes.PlaceFor(tag); });
+        return kAddAttribute.Fail(L" Unable to retrieve attribute tag ");
+    return Store(tag, attr, merge);
+}
+
+// Adds an attribute whose tag is known; what it reports, AddAttribute reports.
+bool CKivDSBaseDicomAttributeCollection::Store(unsigned long tag, CKivDSDicomAttribute* attr, bool merge)
+{
+    const auto place =
+        kAddAttribute.Guard(kivds::kUnexpectedError, [&] { return m_Attributes.PlaceFor(tag); });
     if (!place.attribute)
         return false;
     CKivDSDicomAttribute*& held = *place.attribute;

@@ -119,6 +119,7 @@ private:
     operator|(const CKivDSBaseDicomAttributeCollection& a, const CKivDSBaseDicomAttributeCollection& b);
 
     bool Clean();
+    bool Store(unsigned long tag, CKivDSDicomAttribute* attr, bool merge);
     void CopyFrom(const CKivDSBaseDicomAttributeCollection& src, const kivds::Operation& op);
     template <class Condition>
     CKivDSBaseDicomAttributeCollection& Overwrite(const CKivDSBaseDicomAttributeCollection& b,

@@ -7,6 +7,7 @@
 #include "attribute/CKivDSDicomAttributeFactory.h"
 #include "attribute/internal/AttributeTypes.h"
 #include "collection/internal/PartSharing.h"
+#include "foundation/internal/ExactType.h"
 #include "foundation/internal/Operation.h"
 
 #include <memory>
@@ -177,17 +178,43 @@ bool CKivDSDicomAttributeCollection::AddAttribute(CKivDSDicomAttribute* attr, bo
     return m_pMultiFrameCollection && m_pMultiFrameCollection->AddAttribute(attr, merge);
 }
 
+bool CKivDSDicomAttributeCollection::ExpectElements(int count)
+{
+    const Operation op(L"CKivDSDicomAttributeCollection::ExpectElements");
+    if (RefuseCompound(op))
+        return false;
+    Part* const part = OwnPart();
+    return !part || count <= 0 || op.Guard(kivds::kUnexpectedError, [&] {
+        part->m_Attributes.Expect(static_cast<std::size_t>(count));
+        return true;
+    });
+}
+
+// The part that AddAttribute puts single-frame attributes into, where no derived class has a say in that;
+// else null.
+Part* CKivDSDicomAttributeCollection::OwnPart() const
+{
+    const bool isPlain = m_pSingleFrameCollection && !Inner() &&
+                         kivds::IsExactly<CKivDSDicomAttributeCollection>(*this) &&
+                         kivds::IsExactly<Part>(*m_pSingleFrameCollection);
+    return isPlain ? m_pSingleFrameCollection : nullptr;
+}
+
 bool CKivDSDicomAttributeCollection::AddElement(unsigned long tag, int representation, int length,
                                                 const char* data, int expectedCount, bool mustReplicate,
                                                 int inSequenceIndex)
 {
-    std::unique_ptr<CKivDSDicomAttribute> made(
-        g_DicomAttributeFactory.CreateDicomAttribute(kivds::kPlainAttribute));
+    Part* const part = OwnPart();
+    std::unique_ptr<CKivDSDicomAttribute> made =
+        part ? part->m_Attributes.NewElement()
+             : std::unique_ptr<CKivDSDicomAttribute>(
+                   g_DicomAttributeFactory.CreateDicomAttribute(kivds::kPlainAttribute));
     if (!made)
         return Operation(L"CKivDSDicomAttributeCollection::AddElement").Fail(kivds::kUnexpectedError);
     if (!made->InitFromDicomData(tag, representation, length, data, nullptr, false, mustReplicate,
                                  inSequenceIndex, expectedCount) ||
-        !AddAttribute(made.get(), true))
+        !(part ? part->Store(static_cast<std::uint32_t>(tag), made.get(), true)
+               : AddAttribute(made.get(), true)))
         return false;
     (void)made.release(); // the part's now
     return true;

@@ -1,7 +1,7 @@
 // One value of a DICOM attribute: a record with a count of typed elements, and the free helpers that
 // allocate, copy, release and compare such records. A record's data is a heap block of bytes (array new) that
-// the record's holder owns, or lies inside the attribute that holds the record and is never released on its
-// own. Plain data: one thread at a time, or the caller's lock.
+// the record's holder owns, or lies inside or beside the attribute that holds the record and is never
+// released on its own. Plain data: one thread at a time, or the caller's lock.
 #pragma once
 
 #include "platform/Export.h"

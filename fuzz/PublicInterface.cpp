@@ -167,6 +167,7 @@ private:
         const SElement element(m_Input, tag, m_Input.Flag());
         const bool plain = IsPlain(*collection);
         const FacadePtr copy(Facade::CreateCollection(collection.get(), plain));
+        collection->ExpectElements(element.expectedCount);
         const bool added =
             collection->AddElement(tag, element.representation, element.bytes.Size(), element.bytes.Data(),
                                    element.expectedCount, element.mustReplicate, element.index);

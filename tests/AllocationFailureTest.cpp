@@ -327,6 +327,7 @@ const Operation kFacadeOperations[] = {
     {"AddAttribute", [](World& w) { Give(w, false); }},
     {"AddAttribute, merged", [](World& w) { Give(w, true); }},
     {"AddAttribute, multi-frame", [](World& w) { w.fresh->SetMultiFrameInfo(1, 2), Give(w, true); }},
+    {"ExpectElements", [](World& w) { w.a->ExpectElements(9) && w.a->AddElement(Tag('Z'), LO, 3, "two"); }},
     {"AddElement", [](World& w) { w.Keep(w.a->AddElement(Tag('Z'), LO, 17, "more than sixteen")); }},
     {"RemoveAttribute", [](World& w) { w.Keep(w.a->RemoveAttribute(Tag('X'))); }},
     {"RemoveAllMultiFrameAttributes", [](World& w) { w.Keep(w.a->RemoveAllMultiFrameAttributes()); }},

@@ -48,6 +48,7 @@ TEST_F(CollectionTest, ChangesAreRefusedByCompoundAndEmptyFacades)
     Facade& c = *compound;
     Refused(c.AddAttribute(y.get(), true), kFacade + L"AddAttribute", kCompoundRefused);
     Refused(c.AddElement(Tag('Y'), US, 2, "1"), kFacade + L"AddAttribute", kCompoundRefused);
+    Refused(c.ExpectElements(1), kFacade + L"ExpectElements", kCompoundRefused);
     Refused(c.RemoveAttribute(Tag('X')), kFacade + L"RemoveAttribute", kCompoundRefused);
     Refused(c.RemoveAllAttributes(), kFacade + L"RemoveAllAttributes", kCompoundRefused);
     Refused(c.RemoveAllSingleFrameAttributes(), kFacade + L"RemoveAllSingleFrameAttributes",
@@ -115,12 +116,94 @@ TEST_F(CollectionTest, AddingAnElementIsAddingItsAttribute)
         }
         int added = 0;
     } counting;
+    EXPECT_TRUE(counting.ExpectElements(3)); // its attributes may end elsewhere: they are made as ever
     EXPECT_TRUE(counting.AddElement(Tag('X'), US, 2, "1") && counting.AddElement(Tag('Y'), US, 2, "1"));
     EXPECT_FALSE(counting.AddElement(Tag('Z'), US, 2, "1"));
     EXPECT_EQ(Show(counting), "X49 Y49");
     Part part;
     EXPECT_TRUE(part.AddElement(Tag('X'), US, 2, "1"));
     EXPECT_EQ(Show(part), "X49");
+}
+
+TEST_F(CollectionTest, AnnouncedElementsAreTheSameInFewerBlocks)
+{
+    constexpr int kGroups = 40;
+    const auto tagOf = [](int i, int kind) {
+        return 0x00100000UL + static_cast<unsigned long>(i * 4 + kind);
+    };
+    const auto build = [&](int announced) {
+        CollectionPtr facade = Make("");
+        EXPECT_TRUE(facade->ExpectElements(announced));
+        for (int i = 0; i < kGroups; ++i) {
+            const std::string text(i % 8 == 7 ? 300 : static_cast<std::size_t>(i + 1), 'A');
+            std::string texts = "B", numbers = "1";
+            for (int j = 0; j < i % 6; ++j) {
+                texts += "\\" + text.substr(0, 20);
+                numbers += "\\.5";
+            }
+            const auto add = [&](int kind, int code, const std::string& field) {
+                EXPECT_TRUE(facade->AddElement(tagOf(i, kind), code, static_cast<int>(field.size()),
+                                               field.data(), 1, true));
+            };
+            add(0, LO, text);
+            add(1, LO, texts);
+            add(2, DS, numbers);
+            add(3, OB, text);
+            add(i % 4, i % 4 == 2 ? DS : OB, "2"); // accumulated, or refused for its representation
+        }
+        return facade;
+    };
+    const auto change = [&](Facade& facade) {
+        for (int i = 0; i < kGroups; ++i) {
+            CKivDSDicomAttribute* held[4] = {};
+            for (const int kind : {0, 1, 3})
+                ASSERT_TRUE(facade.GetAttributePtr(tagOf(i, kind), &held[kind], true, false));
+            SKivAGAttributeValue value = {};
+            EXPECT_TRUE(held[3]->GetValue(0, &value) && held[0]->SetValue(0, &value));
+            FreeAttributeValue(value);
+            EXPECT_TRUE(held[1]->InitFromDicomData(tagOf(i, 1), LO, 24, "a text of its own length", nullptr,
+                                                   false, false, -1, 1));
+            EXPECT_TRUE(facade.AddElement(tagOf(i, 2), DS, 3, "7.5", 1, true));
+            EXPECT_TRUE(facade.RemoveAttribute(tagOf(i, 3)));
+        }
+    };
+    std::string built, changed;
+    long alone = 0;
+    for (const int announced : {-1, 1, 3, 160, 200}) {
+        SCOPED_TRACE(announced);
+        const Allocations allocations;
+        const CollectionPtr facade = build(announced);
+        if (announced < 0) {
+            alone = allocations.Count();
+            built = Stream(*facade);
+        } else if (announced >= 200) {
+            EXPECT_LT(allocations.Count(), alone - 300);
+        }
+        EXPECT_EQ(Stream(*facade), built);
+        Facade copy(*facade, true);
+        change(*facade);
+        if (announced < 0)
+            changed = Stream(*facade);
+        EXPECT_EQ(Stream(*facade), changed);
+        EXPECT_EQ(Stream(copy), built);
+    }
+    long counts[2] = {}; // announcing them one by one does not make room anew for each
+    for (const bool announced : {false, true}) {
+        const Allocations allocations;
+        const CollectionPtr facade = Make("");
+        for (int i = 0; i < 1000; ++i)
+            EXPECT_TRUE((!announced || facade->ExpectElements(1)) &&
+                        facade->AddElement(tagOf(i, 0), US, 2, "1"));
+        counts[announced] = allocations.Count();
+    }
+    EXPECT_LT(counts[true], counts[false] + 20);
+    Facade empty;
+    bool expects = true;
+    {
+        const Allocations failing(0, Allocations::Later::Succeed);
+        expects = empty.ExpectElements(9);
+    }
+    Refused(expects, kFacade + L"ExpectElements", L"Unexpected error");
 }
 
 TEST_F(CollectionTest, AnAttributeThatBecomesMultiFrameWhileItIsHeldStaysWhereItIs)

@@ -1,16 +1,17 @@
 #include "attribute/internal/AttributeBlock.h"
 
 #include <algorithm>
+#include <functional>
 #include <utility>
 
 #if defined(__SANITIZE_ADDRESS__)
-#define KIVDS_WATCH_SLOTS
+#define KIVDS_WATCH_BLOCKS
 #elif defined(__has_feature)
 #if __has_feature(address_sanitizer)
-#define KIVDS_WATCH_SLOTS
+#define KIVDS_WATCH_BLOCKS
 #endif
 #endif
-#ifdef KIVDS_WATCH_SLOTS
+#ifdef KIVDS_WATCH_BLOCKS
 #include <sanitizer/asan_interface.h>
 #endif
 
@@ -18,12 +19,17 @@ namespace kivds {
 
 namespace {
 
-constexpr std::size_t kMostSlots = 64; // so that one attribute that stays keeps little memory
+constexpr std::size_t kMostBytes = 8192; // so that one attribute that stays keeps little memory
+constexpr std::size_t kMostAhead = 2048; // where more may never come, since room that stays empty slows walks
+constexpr std::size_t kMostData = 256;   // larger data is worth a heap block of its own
+constexpr std::size_t kUsualData = 24;   // what data sets have beside an attribute, on the average
+constexpr std::size_t kAlignment = 8;    // of all that lies in a block
 
 /// Tells the address sanitizer, where there is one, which memory is in use; it knows of whole blocks only.
-void Watch([[maybe_unused]] void* memory, [[maybe_unused]] std::size_t size, [[maybe_unused]] bool inUse)
+void Watch([[maybe_unused]] const void* memory, [[maybe_unused]] std::size_t size,
+           [[maybe_unused]] bool inUse)
 {
-#ifdef KIVDS_WATCH_SLOTS
+#ifdef KIVDS_WATCH_BLOCKS
     if (inUse)
         ASAN_UNPOISON_MEMORY_REGION(memory, size);
     else
@@ -33,49 +39,101 @@ void Watch([[maybe_unused]] void* memory, [[maybe_unused]] std::size_t size, [[m
 
 } // namespace
 
+// The size of a whole block.
 std::size_t AttributeBlock::SizeAfter(const AttributeBlock* block, std::size_t expected) noexcept
 {
+    constexpr std::size_t each = sizeof(Slot) + kUsualData;
     if (expected == 0)
-        return block ? std::min(block->m_nSize * 2, kMostSlots) : 2;
-    const std::size_t blocks = (expected + kMostSlots - 1) / kMostSlots; // alike, rather than a small rest
-    return (expected + blocks - 1) / blocks;
+        return block ? std::min(std::size_t{block->m_nSize} * 2, kMostAhead) : 2 * each;
+    constexpr std::size_t most = kMostBytes / each;
+    const std::size_t blocks = (expected + most - 1) / most; // alike, rather than a small rest
+    return sizeof(AttributeBlock) + (expected + blocks - 1) / blocks * each;
+}
+
+AttributeBlock::Slot* AttributeBlock::SlotOf(const void* attribute) noexcept
+{
+    auto* const memory = static_cast<char*>(const_cast<void*>(attribute));
+    return reinterpret_cast<Slot*>(memory - offsetof(Slot, memory));
+}
+
+// There must be room.
+char* AttributeBlock::TakeRoom(std::size_t size) noexcept
+{
+    char* const taken = At(m_nTaken);
+    m_nTaken += static_cast<std::uint32_t>(size);
+    return taken;
 }
 
 void* AttributeBlock::Take(AttributeBlock*& block, std::size_t expected) noexcept
 {
-    constexpr std::size_t header =
-        (sizeof(AttributeBlock) + alignof(Slot) - 1) / alignof(Slot) * alignof(Slot);
-    static_assert(alignof(Slot) <= __STDCPP_DEFAULT_NEW_ALIGNMENT__);
-    if (!block || block->m_pNext == block->m_pEnd) {
+    static_assert(sizeof(AttributeBlock) % kAlignment == 0 && sizeof(Slot) % kAlignment == 0);
+    static_assert(alignof(Slot) <= kAlignment && kAlignment <= __STDCPP_DEFAULT_NEW_ALIGNMENT__);
+    if (!block || block->Room() < sizeof(Slot)) {
         const std::size_t size = SizeAfter(block, expected);
-        auto* const memory = static_cast<char*>(::operator new(header + size * sizeof(Slot), std::nothrow));
+        void* const memory = ::operator new(size, std::nothrow);
         if (!memory)
             return nullptr;
         LetGo(block);
-        Watch(memory + header, size * sizeof(Slot), false);
-        block = new (memory) AttributeBlock(reinterpret_cast<Slot*>(memory + header), size);
+        block = new (memory) AttributeBlock(static_cast<std::uint32_t>(size));
+        Watch(block + 1, block->Room(), false);
     }
     ++block->m_nHolds;
-    Watch(block->m_pNext, sizeof(Slot), true);
-    Slot* const slot = new (block->m_pNext++) Slot(block);
-    if (expected > 0 && block->m_pNext == block->m_pEnd)
+    block->m_nNewest = block->m_nTaken;
+    char* const memory = block->TakeRoom(sizeof(Slot));
+    Watch(memory, sizeof(Slot), true);
+    Slot* const slot = new (memory) Slot(block);
+    if (expected == 1)
         LetGo(std::exchange(block, nullptr));
     return slot->memory;
 }
 
 void AttributeBlock::Return(void* memory) noexcept
 {
-    auto* const slot = reinterpret_cast<Slot*>(static_cast<char*>(memory) - offsetof(Slot, memory));
-    Watch(slot->memory, sizeof slot->memory, false);
-    LetGo(slot->block);
+    Slot* const slot = SlotOf(memory);
+    AttributeBlock* const block = slot->block;
+    const std::size_t place = static_cast<std::size_t>(reinterpret_cast<char*>(slot) - block->At(0));
+    Watch(slot, sizeof(Slot), false);
+    if (place == block->m_nNewest) { // the next one comes to lie where this one was
+        block->m_nTaken = block->m_nNewest;
+        block->m_nNewest = 0;
+    }
+    LetGo(block);
 }
 
 void AttributeBlock::LetGo(AttributeBlock* block) noexcept
 {
     if (!block || --block->m_nHolds > 0)
         return;
-    Watch(block->m_pEnd - block->m_nSize, block->m_nSize * sizeof(Slot), true);
+    Watch(block, block->m_nSize, true);
     ::operator delete(block);
+}
+
+char* AttributeBlock::TakeData(const CKivDSDicomAttribute& attribute, std::int64_t bytes) noexcept
+{
+    Slot* const slot = SlotOf(&attribute);
+    AttributeBlock& block = *slot->block;
+    const bool isNewest = reinterpret_cast<char*>(slot) == block.At(block.m_nNewest);
+    if (!isNewest || bytes < 0 || bytes > static_cast<std::int64_t>(kMostData))
+        return nullptr;
+    // Data without bytes also has a place of its own, which lies in the block.
+    const std::size_t size = (std::max(static_cast<std::size_t>(bytes), std::size_t{1}) + kAlignment - 1) /
+                             kAlignment * kAlignment;
+    if (size > block.Room())
+        return nullptr;
+    char* const data = block.TakeRoom(size);
+    Watch(data, static_cast<std::size_t>(bytes), true);
+    return data;
+}
+
+bool AttributeBlock::ReturnData(const CKivDSDicomAttribute& attribute, const void* data,
+                                std::int64_t bytes) noexcept
+{
+    AttributeBlock& block = *SlotOf(&attribute)->block;
+    const std::less<const void*> isBefore;
+    if (isBefore(data, &block) || !isBefore(data, block.At(block.m_nSize)))
+        return false;
+    Watch(data, static_cast<std::size_t>(std::max<std::int64_t>(bytes, 0)), false);
+    return true;
 }
 
 } // namespace kivds

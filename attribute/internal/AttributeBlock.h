@@ -1,12 +1,14 @@
-// Memory for the attributes that a part makes itself, in copying and in reading: several side by side, with
-// one allocation. Each is an attribute like any other, deleted like any other; a block goes with the last of
-// its attributes, and no longer than it is being filled. Counting them takes neither lock nor atomic
-// operation, since all attributes of a block are one part's, which one thread at a time may change.
+// Memory for the attributes that a part makes itself, in copying, in reading and of elements: several side by
+// side, each followed by the data of its values, with one allocation. Each is an attribute like any other,
+// deleted like any other; a block goes with the last of its attributes, and no longer than it is being
+// filled. Counting them takes neither lock nor atomic operation, since all attributes of a block are one
+// part's, which one thread at a time may change. Data that is replaced leaves its room unused.
 #pragma once
 
 #include "attribute/CKivDSDicomAttribute.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <new>
 
 namespace kivds {
@@ -24,6 +26,13 @@ public:
     /// Ends the filling of a block, which may be null.
     static void LetGo(AttributeBlock* block) noexcept;
 
+    /// Memory for a value's data, or for records, behind an attribute that lies in a block; null unless it is
+    /// the newest one, the size small, and room left.
+    static char* TakeData(const CKivDSDicomAttribute& attribute, std::int64_t bytes) noexcept;
+    /// Gives back what TakeData has given; false when `data` lies elsewhere.
+    static bool ReturnData(const CKivDSDicomAttribute& attribute, const void* data,
+                           std::int64_t bytes) noexcept;
+
 private:
     struct Slot
     {
@@ -34,17 +43,20 @@ private:
         alignas(CKivDSDicomAttribute) unsigned char memory[sizeof(CKivDSDicomAttribute)];
     };
 
-    AttributeBlock(Slot* slots, std::size_t size) noexcept
-        : m_pNext(slots), m_pEnd(slots + size), m_nSize(size)
-    {
-    }
+    explicit AttributeBlock(std::uint32_t size) noexcept : m_nSize(size) {}
 
     static std::size_t SizeAfter(const AttributeBlock* block, std::size_t expected) noexcept;
+    static Slot* SlotOf(const void* attribute) noexcept;
+    char* At(std::size_t offset) noexcept { return reinterpret_cast<char*>(this) + offset; }
+    std::size_t Room() const noexcept { return m_nSize - m_nTaken; }
+    char* TakeRoom(std::size_t size) noexcept;
 
-    Slot* m_pNext;
-    Slot* m_pEnd;
-    std::size_t m_nSize;
-    std::size_t m_nHolds = 1; // its attributes, and whoever fills it
+    // Sizes and places in bytes, from where this record begins. It is small, since walks are the faster the
+    // fewer pages they pass.
+    std::uint32_t m_nSize;
+    std::uint32_t m_nTaken = sizeof(AttributeBlock);
+    std::uint32_t m_nNewest = 0; // the newest slot, until its attribute has gone
+    std::uint32_t m_nHolds = 1;  // its attributes, and whoever fills it
 };
 
 /// A plain attribute in a block: `new (block, expected) BlockAttribute(...)`, which is null when memory runs
@@ -52,8 +64,8 @@ private:
 class BlockAttribute final : public CKivDSDicomAttribute
 {
 public:
-    using CKivDSDicomAttribute::CKivDSDicomAttribute;
-    explicit BlockAttribute(const CKivDSDicomAttribute& src) : CKivDSDicomAttribute(src) {}
+    BlockAttribute() noexcept { m_bInBlock = true; }
+    explicit BlockAttribute(const CKivDSDicomAttribute& src) : CKivDSDicomAttribute(src, true) {}
 
     static void* operator new(std::size_t, AttributeBlock*& block, std::size_t expected) noexcept
     {

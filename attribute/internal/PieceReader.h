@@ -26,8 +26,7 @@ public:
     bool Next(std::string_view& piece) noexcept
     {
         while (!m_Rest.empty()) {
-            const std::size_t end = m_Separators.size() == 1 ? m_Rest.find(m_Separators.front())
-                                                             : m_Rest.find_first_of(m_Separators);
+            const std::size_t end = EndOfFirst();
             if (end == std::string_view::npos) {
                 piece = m_Last == LastPiece::Whole ? m_Rest : m_Rest.substr(0, m_Rest.size() - 1);
                 m_Rest = {};
@@ -41,6 +40,9 @@ public:
         return false;
     }
 
+    /// Whether the text has been gone through; while it has not, pieces may or may not come.
+    bool AtEnd() const noexcept { return m_Rest.empty(); }
+
     /// The number of pieces still to come. An int holds it: a text is at most an int long.
     int Count() const noexcept
     {
@@ -53,6 +55,21 @@ public:
     }
 
 private:
+    // Where the next separator stands; npos when none does. find_first_of would make a call for each
+    // character.
+    std::size_t EndOfFirst() const noexcept
+    {
+        if (m_Separators.size() == 1)
+            return m_Rest.find(m_Separators.front());
+        for (std::size_t i = 0; i < m_Rest.size(); ++i) {
+            for (const char separator : m_Separators) {
+                if (m_Rest[i] == separator)
+                    return i;
+            }
+        }
+        return std::string_view::npos;
+    }
+
     std::string_view m_Rest;
     std::string_view m_Separators;
     LastPiece m_Last;

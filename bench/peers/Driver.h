@@ -25,10 +25,14 @@
 #include <cstring>
 #include <ctime>
 #include <exception>
+#include <limits>
 #include <memory>
 #include <random>
 #include <stdexcept>
 
+#ifdef __GLIBC__
+#include <malloc.h>
+#endif
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -510,6 +514,17 @@ private:
     bool m_bShort;
 };
 
+/// Memory that is given back stays with the process, as in a program that runs for long. Otherwise rows would
+/// depend on which of them leaves the end of the heap free, for glibc to give back to the system and to fault
+/// in again. Blocks of more than 32 MiB, which glibc never keeps, come fresh from the system.
+inline void KeepMemory()
+{
+#ifdef __GLIBC__
+    mallopt(M_MMAP_THRESHOLD, 32 * 1024 * 1024);
+    mallopt(M_TRIM_THRESHOLD, std::numeric_limits<int>::max());
+#endif
+}
+
 /// The program: ELEMENTS [REPETITIONS [WORK [full]]]. With a work, also an empty one, only the works are done
 /// whose names begin so, and the sizes are small, for profilers, unless `full` follows.
 template <class Toolkit>
@@ -519,6 +534,7 @@ int Main(int argc, char** argv)
         std::fprintf(stderr, "usage: %s ELEMENTS [REPETITIONS [WORK]]\n", argv[0]);
         return 2;
     }
+    KeepMemory();
     try {
         const bool isShort = argc == 4;
         std::printf("# %s\t%s\n", Toolkit::Name(), Toolkit::Version().c_str());

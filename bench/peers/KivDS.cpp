@@ -23,6 +23,7 @@ struct Library
     static Set Build(const DataSet& dataSet)
     {
         auto set = std::make_unique<Facade>();
+        set->ExpectElements(static_cast<int>(dataSet.size()));
         for (const Element& element : dataSet) {
             std::string_view field = element.Unpadded();
             int values = 1;
