@@ -1,7 +1,8 @@
 // One DICOM attribute: its tag, its representation, its typed values, two flags and, when it carries one
 // value per frame, a frame range. It owns all of them; one small value lives inside the object, without a
 // heap block, and beside an attribute that a collection has made there may be room for more. No operation
-// takes a lock: whoever shares an attribute between threads serialises every change with all other use.
+// takes a lock: whoever shares an attribute between threads serialises every change with all other use, and a
+// change of an attribute that a collection holds is a change of the collection.
 #pragma once
 
 #include "foundation/AttributeValue.h"
@@ -157,7 +158,7 @@ public:
     /// CKivIPPRangeIDC object".
     virtual CKivIPPRangeIDC* GetFrameRangeCollection() const;
     /// Releases a record's heap block and nulls its pointer; a record whose data lies inside this attribute
-    /// is left alone. Always true.
+    /// is left alone, one whose data lies beside it loses its pointer. Always true.
     virtual bool DeleteAttributeValue(SKivAGAttributeValue& v) const;
     /// 0 for this class, 1 for CKivDSCodeSequenceAttribute.
     virtual int GetType() const;
@@ -241,7 +242,7 @@ protected:
     virtual bool IsPreallocatedData(const char* p) const;
 
 public:
-    /// Provides records for `n` values: the one inside the attribute for one or less, a new array for more.
+    /// Provides records for `n` values: the one inside the attribute for one or less, an array for more.
     /// It changes no count and releases nothing; callers clean first.
     virtual bool AllocAttributeValue(int n);
     /// Releases the values. Tag, representation, flags, type and frame range stay.
@@ -273,7 +274,7 @@ public:
     /// representations differ, one side is multi-frame, `b` has no values or `b` is this.
     ///
     /// The values held keep their data where it is, while their records may move, so what GetValuePtr lent is
-    /// no longer valid. Each value appended is copied to a block of its own, with its in-sequence index; the
+    /// no longer valid. Each value appended is copied to new memory, with its in-sequence index; the
     /// first value of an attribute without values goes inside the attribute when it has fewer than 16 bytes.
     ///
     /// Reports, and leaves the attribute as it was: "Failed to allocate new array of attribute values" or
@@ -288,7 +289,7 @@ protected:
     bool m_bMustReplicate = false;             ///< see MustReplicate
     CKivIPPRangeIDC* m_pFrameRange = nullptr;  ///< owned; null: single-frame
     std::int32_t m_nNumberOfValues = 0;        ///< records in use
-    SKivAGAttributeValue* m_pValues = nullptr; ///< &m_InlineValue or an owned array
+    SKivAGAttributeValue* m_pValues = nullptr; ///< &m_InlineValue, an owned array, or an array beside
     alignas(8) char m_InlineData[16] = {};     ///< the data of one small value; aligned for doubles
     SKivAGAttributeValue m_InlineValue = {};   ///< the record of a single value
     bool m_bPreallocatedData = false;          ///< the single value's data lies in m_InlineData

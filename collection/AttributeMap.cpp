@@ -16,6 +16,7 @@ namespace {
 
 constexpr std::ptrdiff_t kMostMoved = 1024; // entries; moving them takes about as long as making a node does
 constexpr std::size_t kFirstEntries = 4;
+constexpr std::size_t kMostAnnounced = 65536; // entries that a mere number is enough for; more must come
 
 /// The first entry whose tag is not below `tag`.
 template <class Entries>
@@ -129,7 +130,7 @@ std::unique_ptr<CKivDSDicomAttribute> AttributeMap::NewElement()
 
 void AttributeMap::Expect(std::size_t count)
 {
-    GrowFor(count);
+    GrowFor(std::min(count, kMostAnnounced));
     m_nExpected = count;
 }
 

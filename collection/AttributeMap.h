@@ -77,8 +77,8 @@ public:
     /// An empty plain attribute, side by side with others where so many are to come; null when it cannot be
     /// had.
     std::unique_ptr<CKivDSDicomAttribute> NewElement();
-    /// Makes room for so many entries more, and for as many attributes of NewElement. May throw; then nothing
-    /// has changed.
+    /// Makes room for so many entries more, as far as that is a sensible number, and lets as many attributes
+    /// of NewElement lie side by side. May throw; then nothing has changed.
     void Expect(std::size_t count);
     /// Makes room for so many entries. May throw; then nothing has changed.
     void Reserve(std::size_t count);

@@ -181,8 +181,8 @@ public:
     bool AddElement(unsigned long tag, int representation, int length, const char* data,
                     int expectedCount = 1, bool mustReplicate = false, int inSequenceIndex = -1);
     /// Announces `count` elements that AddElement is going to add, so that they come to lie side by side and
-    /// are added and gone through faster. More or fewer may come; nothing but time depends on it. False:
-    /// "Operation not supported on compound collections ", "Unexpected error" (no memory; nothing has
+    /// are added and gone through faster. More or fewer may come; nothing but time and memory depends on it.
+    /// False: "Operation not supported on compound collections ", "Unexpected error" (no memory; nothing has
     /// changed).
     bool ExpectElements(int count);
     /// Whether a tag is held. With `searchSingle` true the single-frame part alone is asked, else, with

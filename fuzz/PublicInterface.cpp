@@ -167,7 +167,7 @@ private:
         const SElement element(m_Input, tag, m_Input.Flag());
         const bool plain = IsPlain(*collection);
         const FacadePtr copy(Facade::CreateCollection(collection.get(), plain));
-        collection->ExpectElements(element.expectedCount);
+        collection->ExpectElements(element.bytes.Size() % 64);
         const bool added =
             collection->AddElement(tag, element.representation, element.bytes.Size(), element.bytes.Data(),
                                    element.expectedCount, element.mustReplicate, element.index);

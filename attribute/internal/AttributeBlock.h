@@ -2,7 +2,8 @@
 // side, each followed by the data of its values, with one allocation. Each is an attribute like any other,
 // deleted like any other; a block goes with the last of its attributes, and no longer than it is being
 // filled. Counting them takes neither lock nor atomic operation, since all attributes of a block are one
-// part's, which one thread at a time may change. Data that is replaced leaves its room unused.
+// part's, which one thread at a time may change; taking room relies on the same. Data that is replaced leaves
+// its room unused.
 #pragma once
 
 #include "attribute/CKivDSDicomAttribute.h"
