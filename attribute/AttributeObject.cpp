@@ -200,6 +200,7 @@ void CKivDSDicomAttribute::AdoptValues(std::unique_ptr<SKivAGAttributeValue[]> v
 
 // Memory for the data of one value: beside the attribute where it lies in a block that has room, else a heap
 // block; null when memory runs out.
+// NOLINTNEXTLINE(readability-make-member-function-const): what lies beside the attribute is its own
 char* CKivDSDicomAttribute::NewData(std::int64_t bytes)
 {
     char* const beside = m_bInBlock ? kivds::AttributeBlock::TakeData(*this, bytes) : nullptr;
@@ -207,6 +208,7 @@ char* CKivDSDicomAttribute::NewData(std::int64_t bytes)
 }
 
 // The same for the records of several values, which are zeroed.
+// NOLINTNEXTLINE(readability-make-member-function-const): the same
 SKivAGAttributeValue* CKivDSDicomAttribute::NewRecords(int n)
 {
     char* const beside = m_bInBlock ? kivds::AttributeBlock::TakeData(*this, BytesOf(n)) : nullptr;

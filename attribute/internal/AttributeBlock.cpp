@@ -91,7 +91,7 @@ void AttributeBlock::Return(void* memory) noexcept
 {
     Slot* const slot = SlotOf(memory);
     AttributeBlock* const block = slot->block;
-    const std::size_t place = static_cast<std::size_t>(reinterpret_cast<char*>(slot) - block->At(0));
+    const auto place = static_cast<std::size_t>(reinterpret_cast<char*>(slot) - block->At(0));
     Watch(slot, sizeof(Slot), false);
     if (place == block->m_nNewest) { // the next one comes to lie where this one was
         block->m_nTaken = block->m_nNewest;
@@ -129,7 +129,7 @@ bool AttributeBlock::ReturnData(const CKivDSDicomAttribute& attribute, const voi
                                 std::int64_t bytes) noexcept
 {
     AttributeBlock& block = *SlotOf(&attribute)->block;
-    const std::less<const void*> isBefore;
+    const std::less<> isBefore;
     if (isBefore(data, &block) || !isBefore(data, block.At(block.m_nSize)))
         return false;
     Watch(data, static_cast<std::size_t>(std::max<std::int64_t>(bytes, 0)), false);
