@@ -38,7 +38,7 @@ bool CKivDSDicomAttribute::SplitIntoValues(const Operation& op, const char* text
                        LastPiece::Whole);
     std::string_view piece;
     bool more = pieces.Next(piece);
-    const int count = !more ? 0 : pieces.AtEnd() ? 1 : 1 + pieces.Count();
+    const int count = more ? 1 + pieces.Count() : 0;
     Clean();
     if (count > 0 && !AllocAttributeValue(count))
         return op.Fail(noMemory);

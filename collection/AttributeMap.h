@@ -57,8 +57,7 @@ public:
     {
         // Elements come in ascending tag order from files and streams.
         if (!m_Entries.empty() && m_Entries.size() < m_Entries.capacity() && m_Entries.back().tag < tag) {
-            m_Entries.push_back({});
-            m_Entries.back().tag = tag;
+            m_Entries.push_back({tag, nullptr});
             return {&m_Entries.back().attribute, true};
         }
         return FindPlace(tag);

@@ -40,9 +40,6 @@ public:
         return false;
     }
 
-    /// Whether the text has been gone through; while it has not, pieces may or may not come.
-    bool AtEnd() const noexcept { return m_Rest.empty(); }
-
     /// The number of pieces still to come. An int holds it: a text is at most an int long.
     int Count() const noexcept
     {
