@@ -47,6 +47,13 @@ bool CKivDSDicomAttribute::InitFromDicomData(unsigned long tag, int representati
                                              const char* data, const char*, bool, bool mustReplicate,
                                              int inSequenceIndex, int expectedCount)
 {
+    return InitFromElement(tag, representation, length, data, expectedCount, mustReplicate, inSequenceIndex);
+}
+
+bool CKivDSDicomAttribute::InitFromElement(unsigned long tag, int representation, int length,
+                                           const char* data, int expectedCount, bool mustReplicate,
+                                           int inSequenceIndex)
+{
     const Operation op(L"CKivDSDicomAttribute::InitFromDicomData");
     m_ulTag = static_cast<std::uint32_t>(tag);
     m_nRepresentation = representation;
@@ -87,14 +94,14 @@ bool CKivDSDicomAttribute::HoldsBytes(const char* data) const
 // conversion would release before it reads them: then it reads a copy.
 bool CKivDSDicomAttribute::ConvertElement(int representation, int length, const char* data, int expectedCount)
 {
-    const bool own = m_nNumberOfValues > 0 && data && length > 0 && HoldsBytes(data);
-    return own ? ConvertOwnBytes(representation, length, data, expectedCount)
-               : Dicom2Attribute(representation, length, data, expectedCount);
+    return m_nNumberOfValues > 0 ? ConvertAgain(representation, length, data, expectedCount)
+                                 : Dicom2Attribute(representation, length, data, expectedCount);
 }
 
-bool CKivDSDicomAttribute::ConvertOwnBytes(int representation, int length, const char* data,
-                                           int expectedCount)
+bool CKivDSDicomAttribute::ConvertAgain(int representation, int length, const char* data, int expectedCount)
 {
+    if (!data || length <= 0 || !HoldsBytes(data))
+        return Dicom2Attribute(representation, length, data, expectedCount);
     const kivds::Block copy = kivds::NewBlock(length);
     if (!copy)
         return false;

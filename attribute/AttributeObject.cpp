@@ -184,7 +184,8 @@ void CKivDSDicomAttribute::SetDataElementType(tagEKivAGAttributeType t)
 
 bool CKivDSDicomAttribute::AllocAttributeValue(int n)
 {
-    m_pGathered.reset();
+    if (m_pGathered)
+        m_pGathered.reset();
     SKivAGAttributeValue* const records = n > 1 ? NewRecords(n) : &m_InlineValue;
     if (records)
         m_pValues = records;

@@ -14,37 +14,55 @@ using kivds::Operation;
 using kivds::PieceReader;
 
 // Makes `value` a NUL-terminated copy of a text. A single short text goes inside the attribute.
-bool CKivDSDicomAttribute::SetText(SKivAGAttributeValue& value, const char* text, std::size_t length)
+bool CKivDSDicomAttribute::SetText(SKivAGAttributeValue& value, std::string_view text)
 {
-    const auto bytes = static_cast<std::int64_t>(length) + 1;
+    const auto bytes = static_cast<std::int64_t>(text.size()) + 1;
     const bool inside = m_nNumberOfValues == 1 && bytes <= static_cast<std::int64_t>(sizeof m_InlineData);
     char* const data = inside ? m_InlineData : NewData(bytes);
     if (!data)
         return false;
-    kivds::CopyBytes(data, text, static_cast<std::int64_t>(length));
-    data[length] = '\0';
+    kivds::CopyBytes(data, text.data(), bytes - 1);
+    data[bytes - 1] = '\0';
     value = {static_cast<int>(bytes), eAttrChar, 0, data};
     m_bPreallocatedData = inside;
     return true;
 }
 
-bool CKivDSDicomAttribute::SplitIntoValues(const Operation& op, const char* text, int length,
-                                           const char* separators, int separatorCount,
-                                           const wchar_t* noMemory)
+// Makes each piece of a text a value.
+bool CKivDSDicomAttribute::KeepPieces(const Operation& op, const PieceReader& pieces, const wchar_t* noMemory)
 {
-    const std::size_t separatorsSize =
-        separators && separatorCount > 0 ? static_cast<std::size_t>(separatorCount) : 0;
-    PieceReader pieces({text, static_cast<std::size_t>(length)}, {separators, separatorsSize},
-                       LastPiece::Whole);
-    std::string_view piece;
-    bool more = pieces.Next(piece);
-    const int count = more ? 1 + pieces.Count() : 0;
+    if (!pieces.IsOnePiece())
+        return KeepEachPiece(op, pieces, noMemory);
+    Clean();
+    if (!AllocAttributeValue(1))
+        return op.Fail(noMemory);
+    m_nNumberOfValues = 1;
+    if (SetText(m_pValues[0], pieces.Rest()))
+        return true;
+    Clean();
+    return op.Fail(noMemory);
+}
+
+bool CKivDSDicomAttribute::KeepEachPiece(const Operation& op, PieceReader pieces, const wchar_t* noMemory)
+{
+    // Texts mostly have a few pieces; these are looked for once, not twice.
+    constexpr int most = 8;
+    std::string_view few[most];
+    int found = 0;
+    while (found < most && pieces.Next(few[found]))
+        ++found;
+    const int count = found < most ? found : most + pieces.Count();
     Clean();
     if (count > 0 && !AllocAttributeValue(count))
         return op.Fail(noMemory);
     m_nNumberOfValues = count;
-    for (int i = 0; more; ++i, more = pieces.Next(piece)) {
-        if (!SetText(m_pValues[i], piece.data(), piece.size())) {
+    std::string_view piece;
+    for (int i = 0; i < count; ++i) {
+        if (i < found)
+            piece = few[i];
+        else
+            pieces.Next(piece);
+        if (!SetText(m_pValues[i], piece)) {
             Clean();
             return op.Fail(noMemory);
         }
@@ -58,8 +76,10 @@ bool CKivDSDicomAttribute::Convert2String(const char* text, int length, const ch
     const Operation op(L"CKivDSDicomAttribute::Convert2String");
     if (!text || length < 1 || length == std::numeric_limits<int>::max()) // no room to count the NUL
         return op.Fail(L" Bad input parameters ");
-    return SplitIntoValues(op, text, length, separators, separatorCount,
-                           L"Failed to allocate attribute value array");
+    const std::string_view whole(text, static_cast<std::size_t>(length));
+    const std::string_view marks(
+        separators, separators && separatorCount > 0 ? static_cast<std::size_t>(separatorCount) : 0);
+    return KeepPieces(op, {whole, marks, LastPiece::Whole}, L"Failed to allocate attribute value array");
 }
 
 // Names (\), component groups (=) and components (^) leave one flat list, and nothing that is empty leaves a
@@ -69,7 +89,8 @@ bool CKivDSDicomAttribute::Convert2PersonName(const char* text, int length)
     const Operation op(L"CKivDSDicomAttribute::Convert2PersonName");
     if (!text || length < 1 || length == std::numeric_limits<int>::max())
         return op.Fail(L" Bad input parameters ");
-    return SplitIntoValues(op, text, length, "\\=^", 3, L"Failed to allocate new attribute value array");
+    return KeepPieces(op, {{text, static_cast<std::size_t>(length)}, "\\=^", LastPiece::Whole},
+                      L"Failed to allocate new attribute value array");
 }
 
 /// What decimal and integer strings differ in.

@@ -12,6 +12,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <string_view>
 
 namespace kivds {
 class AttributeBlock;
@@ -21,6 +22,8 @@ class ByteReader;
 class ByteWriter;
 class GatheredValues;
 class Operation;
+class PieceReader;
+struct InBlock;
 } // namespace kivds
 
 /// Failures are reported to the error sink under "CKivDSDicomAttribute::" and the operation's name, with code
@@ -310,6 +313,7 @@ protected:
     void AdoptValues(std::unique_ptr<SKivAGAttributeValue[]> values, int count);
 
 private:
+    friend class CKivDSDicomAttributeCollection; // calls InitFromElement
     friend KIVDS_API bool operator==(const CKivDSDicomAttribute& a, const CKivDSDicomAttribute& b);
     friend KIVDS_API bool operator<(const CKivDSDicomAttribute& a, const CKivDSDicomAttribute& b);
     friend struct kivds::AttributeRecord;
@@ -322,6 +326,7 @@ private:
     struct SNumberFormat;
     struct SValueStream;
 
+    inline explicit CKivDSDicomAttribute(kivds::InBlock) noexcept;
     CKivDSDicomAttribute(const CKivDSDicomAttribute& src, bool inBlock);
     char* NewData(std::int64_t bytes);
     SKivAGAttributeValue* NewRecords(int n);
@@ -334,13 +339,15 @@ private:
     template <class SetFrames>
     bool MakeMultiFrame(SetFrames setFrames);
     bool LendFrameValue(int position, SKivAGAttributeValue& value, const kivds::Operation& op) const;
+    bool InitFromElement(unsigned long tag, int representation, int length, const char* data,
+                         int expectedCount, bool mustReplicate, int inSequenceIndex);
     bool HoldsBytes(const char* data) const;
     bool ConvertElement(int representation, int length, const char* data, int expectedCount);
-    bool ConvertOwnBytes(int representation, int length, const char* data, int expectedCount);
+    bool ConvertAgain(int representation, int length, const char* data, int expectedCount);
     void ConvertRaw(tagEKivAGAttributeType type, int length, const char* data);
-    bool SetText(SKivAGAttributeValue& value, const char* text, std::size_t length);
-    bool SplitIntoValues(const kivds::Operation& op, const char* text, int length, const char* separators,
-                         int separatorCount, const wchar_t* noMemory);
+    bool SetText(SKivAGAttributeValue& value, std::string_view text);
+    bool KeepEachPiece(const kivds::Operation& op, kivds::PieceReader pieces, const wchar_t* noMemory);
+    bool KeepPieces(const kivds::Operation& op, const kivds::PieceReader& pieces, const wchar_t* noMemory);
     bool ConvertPieces(const char* text, int length, int expectedCount, const SPieceFormat& format);
     template <class T>
     bool ConvertNumbers(const char* text, int length, const SNumberFormat& format,

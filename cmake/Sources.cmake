@@ -36,6 +36,7 @@ set(KivDSDataU_HEADERS
     attribute/CKivDSDicomAttribute.h
     attribute/CKivDSDicomAttributeFactory.h
     attribute/DumpListener.h
+    collection/AttributeArray.h
     collection/AttributeMap.h
     collection/CKivDSBaseDicomAttributeCollection.h
     collection/CKivDSCompoundCollection.h
@@ -66,6 +67,7 @@ set(KivDSDataUObjects_SOURCES
     attribute/internal/GatheredValues.cpp
     attribute/internal/NumberText.cpp
     attribute/internal/Representation.cpp
+    collection/AttributeArray.cpp
     collection/AttributeMap.cpp
     collection/CKivDSBaseDicomAttributeCollection.cpp
     collection/CKivDSCompoundCollection.cpp

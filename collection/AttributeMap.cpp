@@ -15,17 +15,7 @@ namespace kivds {
 namespace {
 
 constexpr std::ptrdiff_t kMostMoved = 1024; // entries; moving them takes about as long as making a node does
-constexpr std::size_t kFirstEntries = 4;
 constexpr std::size_t kMostAnnounced = 65536; // entries that a mere number is enough for; more must come
-
-/// The first entry whose tag is not below `tag`.
-template <class Entries>
-auto LowerBound(Entries& entries, unsigned long tag)
-{
-    return std::lower_bound(
-        entries.begin(), entries.end(), tag,
-        [](const AttributeMap::Entry& entry, unsigned long wanted) { return entry.tag < wanted; });
-}
 
 } // namespace
 
@@ -40,8 +30,8 @@ CKivDSDicomAttribute* const* AttributeMap::Find(unsigned long tag) const
         const auto found = m_pMap->find(tag);
         return found != m_pMap->end() ? &found->second : nullptr;
     }
-    const auto found = LowerBound(m_Entries, tag);
-    return found != m_Entries.end() && found->tag == tag ? &found->attribute : nullptr;
+    const Entry* const found = m_Entries.Find(tag);
+    return found ? &found->attribute : nullptr;
 }
 
 AttributeMap::Place AttributeMap::FindPlace(unsigned long tag)
@@ -53,28 +43,23 @@ AttributeMap::Place AttributeMap::FindPlace(unsigned long tag)
             m_pMap->try_emplace(atEnd ? m_pMap->end() : m_pMap->lower_bound(tag), tag, nullptr);
         return {&place->second, m_pMap->size() > held};
     }
-    if (m_Entries.empty() || m_Entries.back().tag < tag) {
-        if (m_Entries.capacity() == 0)
-            m_Entries.reserve(kFirstEntries);
-        return {&m_Entries.emplace_back(Entry{tag, nullptr}).attribute, true};
-    }
-    const auto place = LowerBound(m_Entries, tag);
-    if (place->tag == tag)
+    Entry* const place = m_Entries.LowerBound(tag);
+    if (place != m_Entries.End() && place->tag == tag)
         return {&place->attribute, false};
-    if (m_Entries.end() - place > kMostMoved && BecomesMap())
+    if (m_Entries.End() - place > kMostMoved && BecomesMap())
         return FindPlace(tag);
-    return {&m_Entries.insert(place, {tag, nullptr})->attribute, true};
+    return {&m_Entries.Insert(place, {tag, nullptr})->attribute, true};
 }
 
 bool AttributeMap::Erase(unsigned long tag)
 {
     if (!m_pMap) {
-        const auto entry = LowerBound(m_Entries, tag);
-        if (entry == m_Entries.end() || entry->tag != tag)
+        const Entry* const entry = m_Entries.Find(tag);
+        if (!entry)
             return false;
-        if (m_Entries.end() - entry <= kMostMoved || !BecomesMap()) {
+        if (m_Entries.End() - entry <= kMostMoved || !BecomesMap()) {
             delete entry->attribute;
-            m_Entries.erase(entry);
+            m_Entries.Erase(entry);
             return true;
         }
     }
@@ -90,7 +75,7 @@ void AttributeMap::Clear()
 {
     for (const auto [tag, attribute] : AttributeWalk(*this))
         delete attribute;
-    std::vector<Entry>().swap(m_Entries);
+    m_Entries.Clear();
     if (m_pMap)
         m_pMap->clear();
     m_nExpected = 0;
@@ -122,8 +107,12 @@ std::unique_ptr<CKivDSDicomAttribute> AttributeMap::NewAttribute(int type, std::
 
 std::unique_ptr<CKivDSDicomAttribute> AttributeMap::NewElement()
 {
-    if (m_nExpected > 0)
-        return NewAttribute(kPlainAttribute, m_nExpected--);
+    const std::size_t expected = m_nExpected;
+    if (expected > 0) {
+        --m_nExpected;
+        if (m_pBlock || expected > 1)
+            return std::unique_ptr<CKivDSDicomAttribute>(new (m_pBlock, expected) BlockAttribute);
+    }
     return std::unique_ptr<CKivDSDicomAttribute>(
         g_DicomAttributeFactory.CreateDicomAttribute(kPlainAttribute));
 }
@@ -138,15 +127,15 @@ void AttributeMap::Expect(std::size_t count)
 // called, each entry is moved a few times.
 void AttributeMap::GrowFor(std::size_t count)
 {
-    const std::size_t needed = m_Entries.size() + count;
-    if (!m_pMap && needed > m_Entries.capacity())
-        m_Entries.reserve(std::max(needed, m_Entries.capacity() * 2));
+    const std::size_t needed = m_Entries.Size() + count;
+    if (!m_pMap && needed > m_Entries.Capacity())
+        m_Entries.Reserve(std::max(needed, m_Entries.Capacity() * 2));
 }
 
 void AttributeMap::Reserve(std::size_t count)
 {
     if (!m_pMap)
-        m_Entries.reserve(count);
+        m_Entries.Reserve(count);
 }
 
 bool AttributeMap::First(Position& position) const
@@ -168,18 +157,14 @@ bool AttributeMap::Next(Position& position) const
         position.entry = {next->first, next->second};
         return true;
     }
-    const Entry* const first = m_Entries.data();
-    const Entry* const end = first + m_Entries.size();
-    const bool inPlace = position.index < m_Entries.size() && first[position.index].tag == tag;
-    const Entry* const next =
-        inPlace ? first + position.index + 1
-                : std::upper_bound(first, end, tag, [](unsigned long passed, const Entry& entry) {
-                      return passed < entry.tag;
-                  });
-    if (next == end)
+    if (AttributeWalk::Step(*this, position))
+        return true;
+    const Entry* next = m_Entries.LowerBound(tag);
+    if (next != m_Entries.End() && next->tag == tag)
+        ++next;
+    if (next == m_Entries.End())
         return false;
-    position = {*next, static_cast<std::size_t>(next - first)};
-    FetchAhead(next, end);
+    position = {*next, static_cast<std::size_t>(next - m_Entries.Data())};
     return true;
 }
 
@@ -187,10 +172,10 @@ AttributeMap::Map& AttributeMap::AsMap()
 {
     if (!m_pMap) {
         auto map = std::make_unique<Map>();
-        for (const Entry& entry : m_Entries)
-            map->emplace_hint(map->end(), entry.tag, entry.attribute);
+        for (const auto [tag, attribute] : AttributeWalk(*this))
+            map->emplace_hint(map->end(), tag, attribute);
         m_pMap = std::move(map);
-        std::vector<Entry>().swap(m_Entries);
+        m_Entries.Clear();
     }
     return *m_pMap;
 }
@@ -210,12 +195,15 @@ AttributeEdit::~AttributeEdit()
 {
     if (m_pMap)
         return;
-    KeepUpTo(m_Entries.size());
-    m_Entries.resize(m_nKept + m_Added.size());
-    auto kept = m_Entries.begin() + static_cast<std::ptrdiff_t>(m_nKept);
-    auto to = m_Entries.end();
+    KeepUpTo(m_Entries.Size());
+    const std::size_t count = m_nKept + m_Added.size();
+    if (m_nKept == m_Entries.Size() && m_Added.empty())
+        return; // no entry has come or gone
+    m_Entries.Resize(count);
+    AttributeMap::Entry* kept = m_Entries.Data() + m_nKept;
+    AttributeMap::Entry* to = m_Entries.End();
     while (!m_Added.empty()) { // from the back, where there is room
-        if (kept != m_Entries.begin() && m_Added.back().tag < kept[-1].tag) {
+        if (kept != m_Entries.Data() && m_Added.back().tag < kept[-1].tag) {
             *--to = *--kept;
             ++m_nMoved;
         } else {
@@ -225,12 +213,14 @@ AttributeEdit::~AttributeEdit()
     }
     if (m_nMoved / static_cast<std::size_t>(kMostMoved) > m_nSteps)
         m_Map.BecomesMap();
+    else
+        m_Entries.MakeIndex();
 }
 
 void AttributeEdit::Put(unsigned long tag, std::unique_ptr<CKivDSDicomAttribute> attribute)
 {
     if (!AtEnd() && Tag() == tag) {
-        CKivDSDicomAttribute*& held = m_pMap ? m_InMap->second : m_Entries[m_nRead].attribute;
+        CKivDSDicomAttribute*& held = m_pMap ? m_InMap->second : m_Entries.Data()[m_nRead].attribute;
         delete held;
         held = attribute.release();
     } else if (m_pMap) {

@@ -1,10 +1,11 @@
 // The attributes of a part, by tag. It is public because parts hold one; it is used inside the library alone.
 #pragma once
 
+#include "collection/AttributeArray.h"
+
 #include <cstddef>
 #include <map>
 #include <memory>
-#include <vector>
 
 class CKivDSDicomAttribute;
 
@@ -12,9 +13,9 @@ namespace kivds {
 
 class AttributeBlock;
 
-/// Owns attributes, one a tag, in ascending tag order. They lie in a sorted array, so that walks and look-ups
-/// wait for memory as little as can be: data sets are filled in tag order, copied and walked far more often
-/// than they are changed in the middle. The array becomes a std::map, for good, when the map itself is asked
+/// Owns attributes, one a tag, in ascending tag order. They lie in a sorted array with an index, so that walks
+/// and look-ups wait for memory as little as can be: data sets are filled in tag order, copied and walked far
+/// more often than they are changed in the middle. The array becomes a std::map, for good, when the map itself is asked
 /// for, or when a change in the middle of a large array would have to move too many entries.
 class AttributeMap
 {
@@ -22,12 +23,8 @@ public:
     /// The form that GetMapPtr lends.
     using Map = std::map<unsigned long, CKivDSDicomAttribute*>;
 
-    /// A tag and its attribute.
-    struct Entry
-    {
-        unsigned long tag = 0;                     ///< group and element, 0xggggeeee
-        CKivDSDicomAttribute* attribute = nullptr; ///< owned by the map; null when it could not be copied
-    };
+    /// A tag and its attribute, which the map owns.
+    using Entry = AttributeArray::Entry;
 
     /// The place of a tag's attribute; valid until the map changes.
     struct Place
@@ -49,18 +46,19 @@ public:
     AttributeMap& operator=(const AttributeMap&) = delete;
 
     /// The number of entries.
-    std::size_t Size() const { return m_pMap ? m_pMap->size() : m_Entries.size(); }
+    std::size_t Size() const { return m_pMap ? m_pMap->size() : m_Entries.Size(); }
     /// The attribute of a tag, which may be null; null when the tag is not held.
     CKivDSDicomAttribute* const* Find(unsigned long tag) const;
+    /// Takes over an attribute whose tag lies behind all others, as elements come from files and streams.
+    /// False, with nothing changed, when it does not, or there is no room yet: PlaceFor makes it.
+    bool Append(unsigned long tag, CKivDSDicomAttribute* attribute) noexcept
+    {
+        return m_Entries.Append(tag, attribute);
+    }
     /// The place of a tag's attribute, made where there is none. May throw; then nothing has changed.
     Place PlaceFor(unsigned long tag)
     {
-        // Elements come in ascending tag order from files and streams.
-        if (!m_Entries.empty() && m_Entries.size() < m_Entries.capacity() && m_Entries.back().tag < tag) {
-            m_Entries.push_back({tag, nullptr});
-            return {&m_Entries.back().attribute, true};
-        }
-        return FindPlace(tag);
+        return Append(tag, nullptr) ? Place{&m_Entries.Last().attribute, true} : FindPlace(tag);
     }
     /// Deletes the attribute of a tag; false when the tag is not held.
     bool Erase(unsigned long tag);
@@ -99,7 +97,7 @@ private:
     void GrowFor(std::size_t count);
     bool BecomesMap() noexcept;
 
-    std::vector<Entry> m_Entries; // ascending; empty when there is a map
+    AttributeArray m_Entries; // empty when there is a map
     std::unique_ptr<Map> m_pMap;
     AttributeBlock* m_pBlock = nullptr; // the one being filled
     std::size_t m_nExpected = 0;        // attributes of NewElement still to come

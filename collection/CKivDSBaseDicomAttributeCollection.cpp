@@ -118,14 +118,16 @@ bool CKivDSBaseDicomAttributeCollection::Store(unsigned long tag, CKivDSDicomAtt
     if (!place.attribute)
         return false;
     CKivDSDicomAttribute*& held = *place.attribute;
-    if (held == attr)
-        return true;
-    if (held && merge && attr->MustReplicate()) {
-        *held += *attr;
-        delete attr;
-        return true;
+    if (!place.isNew) {
+        if (held == attr)
+            return true;
+        if (held && merge && attr->MustReplicate()) {
+            *held += *attr;
+            delete attr;
+            return true;
+        }
+        delete held;
     }
-    delete held;
     held = attr;
     if ((place.isNew || !merge) && attr->IsMultiFrame())
         m_bMultiFrame = true;

@@ -211,10 +211,12 @@ bool CKivDSDicomAttributeCollection::AddElement(unsigned long tag, int represent
                    g_DicomAttributeFactory.CreateDicomAttribute(kivds::kPlainAttribute));
     if (!made)
         return Operation(L"CKivDSDicomAttributeCollection::AddElement").Fail(kivds::kUnexpectedError);
-    if (!made->InitFromDicomData(tag, representation, length, data, nullptr, false, mustReplicate,
-                                 inSequenceIndex, expectedCount) ||
-        !(part ? part->Store(static_cast<std::uint32_t>(tag), made.get(), true)
-               : AddAttribute(made.get(), true)))
+    if (!made->InitFromElement(tag, representation, length, data, expectedCount, mustReplicate,
+                               inSequenceIndex))
+        return false;
+    const auto key = static_cast<std::uint32_t>(tag);
+    const bool appended = part && part->m_Attributes.Append(key, made.get());
+    if (!appended && !(part ? part->Store(key, made.get(), true) : AddAttribute(made.get(), true)))
         return false;
     (void)made.release(); // the part's now
     return true;

@@ -1,5 +1,6 @@
 #include "collection/CKivDSDicomAttributeCollectionIterator.h"
 
+#include "collection/internal/AttributeWalk.h"
 #include "collection/internal/PartSharing.h"
 #include "foundation/internal/Operation.h"
 
@@ -107,7 +108,10 @@ CKivDSDicomAttribute* CKivDSDicomAttributeCollectionIterator::GetNextAttribute()
         Operation(L"CKivDSDicomAttributeCollectionIterator::GetNextAttribute").Report(kNotInitialized);
         return nullptr;
     }
-    CKivDSDicomAttribute* const next = AttributeFromHere(map->Next(m_Position));
+    const bool held = kivds::AttributeWalk::Step(*map, m_Position) || map->Next(m_Position);
+    if (held && m_Position.entry.attribute) // mostly
+        return m_Position.entry.attribute;
+    CKivDSDicomAttribute* const next = AttributeFromHere(held);
     m_bWalking = next != nullptr;
     return next;
 }

@@ -41,14 +41,15 @@ def vector(value):
 
 def attribute_map(value):
     """The attributes' pointers in tag order, from a map's array or, when it has become one, from its std::map."""
-    if not vector(value['m_Entries']):
+    entries = value['m_Entries']
+    if not entries['m_nSize']:
         holder = value['m_pMap']  # a std::unique_ptr, which is a pointer
         tree = holder.type.strip_typedefs().template_argument(0).pointer().pointer()
         pointer = holder.address.cast(tree).dereference()
         if pointer:
             yield from std_map(pointer.dereference())
-    for entry in vector(value['m_Entries']):
-        yield entry['attribute']
+    for i in range(int(entries['m_nSize'])):
+        yield entries['m_pEntries'][i]['attribute']
 
 
 def std_map(value):

@@ -7,6 +7,7 @@
 #include "tests/support/Reports.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <map>
 #include <random>
 #include <set>
@@ -123,6 +124,40 @@ TEST_F(AttributeMapTest, AnEditMeetsEveryTagAndKeepsTheRest)
             }
         }
         ASSERT_EQ(Walked(map), Tags(model.begin(), model.end()));
+        for (unsigned long tag = 0; tag < range; ++tag)
+            ASSERT_EQ(map.Find(tag) != nullptr, model.count(tag) > 0);
+    }
+}
+
+// What comes in tag order is indexed: in any number, also where tags were chosen to crowd in the index.
+TEST_F(AttributeMapTest, FindsWhatCameInTagOrderAndNothingElse)
+{
+    constexpr std::uint32_t factor = 0x9E3779B1U; // the index's
+    std::uint32_t inverse = factor;
+    for (int i = 0; i < 5; ++i) // doubles the bits that are right
+        inverse *= 2U - factor * inverse;
+    ASSERT_EQ(factor * inverse, 1U);
+    for (const std::uint32_t step : {2U, 0x10000U, inverse}) {
+        for (const std::size_t count : {1U, 15U, 16U, 17U, 33U, 300U, 70000U}) {
+            std::set<unsigned long> tags;
+            for (std::size_t i = 1; i <= count; ++i)
+                tags.insert(static_cast<std::uint32_t>(i * step));
+            AttributeMap map;
+            if (count % 2)
+                map.Reserve(count);
+            for (const unsigned long tag : tags)
+                map.PlaceFor(tag);
+            for (const unsigned long tag : tags) {
+                ASSERT_TRUE(map.Find(tag));
+                ASSERT_EQ(map.Find(tag + 1) != nullptr, tags.count(tag + 1) > 0);
+            }
+            const unsigned long middle = *std::next(tags.begin(), static_cast<std::ptrdiff_t>(count / 2));
+            EXPECT_TRUE(map.Erase(middle));
+            EXPECT_FALSE(map.Find(middle));
+            EXPECT_EQ(map.Find(*tags.rbegin()) != nullptr, count > 1);
+            EXPECT_TRUE(map.PlaceFor(middle).isNew);
+            EXPECT_TRUE(map.Find(middle));
+        }
     }
 }
 

@@ -2,18 +2,6 @@
 
 #include <algorithm>
 #include <functional>
-#include <utility>
-
-#if defined(__SANITIZE_ADDRESS__)
-#define KIVDS_WATCH_BLOCKS
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define KIVDS_WATCH_BLOCKS
-#endif
-#endif
-#ifdef KIVDS_WATCH_BLOCKS
-#include <sanitizer/asan_interface.h>
-#endif
 
 namespace kivds {
 
@@ -24,18 +12,6 @@ constexpr std::size_t kMostAhead = 2048; // where more may never come, since roo
 constexpr std::size_t kMostData = 256;   // larger data is worth a heap block of its own
 constexpr std::size_t kUsualData = 24;   // what data sets have beside an attribute, on the average
 constexpr std::size_t kAlignment = 8;    // of all that lies in a block
-
-/// Tells the address sanitizer, where there is one, which memory is in use; it knows of whole blocks only.
-void Watch([[maybe_unused]] const void* memory, [[maybe_unused]] std::size_t size,
-           [[maybe_unused]] bool inUse)
-{
-#ifdef KIVDS_WATCH_BLOCKS
-    if (inUse)
-        ASAN_UNPOISON_MEMORY_REGION(memory, size);
-    else
-        ASAN_POISON_MEMORY_REGION(memory, size);
-#endif
-}
 
 } // namespace
 
@@ -56,35 +32,20 @@ AttributeBlock::Slot* AttributeBlock::SlotOf(const void* attribute) noexcept
     return reinterpret_cast<Slot*>(memory - offsetof(Slot, memory));
 }
 
-// There must be room.
-char* AttributeBlock::TakeRoom(std::size_t size) noexcept
-{
-    char* const taken = At(m_nTaken);
-    m_nTaken += static_cast<std::uint32_t>(size);
-    return taken;
-}
-
-void* AttributeBlock::Take(AttributeBlock*& block, std::size_t expected) noexcept
+// Puts a new block in the place of one that is full, or null. False, with nothing changed, when memory runs
+// out.
+bool AttributeBlock::Begin(AttributeBlock*& block, std::size_t expected) noexcept
 {
     static_assert(sizeof(AttributeBlock) % kAlignment == 0 && sizeof(Slot) % kAlignment == 0);
     static_assert(alignof(Slot) <= kAlignment && kAlignment <= __STDCPP_DEFAULT_NEW_ALIGNMENT__);
-    if (!block || block->Room() < sizeof(Slot)) {
-        const std::size_t size = SizeAfter(block, expected);
-        void* const memory = ::operator new(size, std::nothrow);
-        if (!memory)
-            return nullptr;
-        LetGo(block);
-        block = new (memory) AttributeBlock(static_cast<std::uint32_t>(size));
-        Watch(block + 1, block->Room(), false);
-    }
-    ++block->m_nHolds;
-    block->m_nNewest = block->m_nTaken;
-    char* const memory = block->TakeRoom(sizeof(Slot));
-    Watch(memory, sizeof(Slot), true);
-    Slot* const slot = new (memory) Slot(block);
-    if (expected == 1)
-        LetGo(std::exchange(block, nullptr));
-    return slot->memory;
+    const std::size_t size = SizeAfter(block, expected);
+    void* const memory = ::operator new(size, std::nothrow);
+    if (!memory)
+        return false;
+    LetGo(block);
+    block = new (memory) AttributeBlock(static_cast<std::uint32_t>(size));
+    Watch(block + 1, block->Room(), false);
+    return true;
 }
 
 void AttributeBlock::Return(void* memory) noexcept

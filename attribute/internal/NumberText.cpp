@@ -9,9 +9,15 @@ namespace kivds {
 
 namespace {
 
+/// The digit that a character stands for; above 9 when it is none.
+unsigned DigitOf(char c) noexcept
+{
+    return static_cast<unsigned char>(c) - unsigned{'0'};
+}
+
 bool IsDigit(char c) noexcept
 {
-    return c >= '0' && c <= '9';
+    return DigitOf(c) <= 9;
 }
 
 bool IsHexDigit(char c) noexcept
@@ -62,12 +68,13 @@ bool ReadInteger(const char*& position, const char* end, int& value) noexcept
 {
     constexpr std::int64_t limit = std::int64_t{std::numeric_limits<int>::max()} + 1;
     const char* p = position;
-    const bool negative = PassSign(p, end);
+    const bool startsWithDigit = p != end && IsDigit(*p); // mostly
+    const bool negative = !startsWithDigit && PassSign(p, end);
     if (p == end || !IsDigit(*p))
         return false;
     std::int64_t number = 0;
-    for (; p != end && IsDigit(*p); ++p)
-        number = std::min(number * 10 + (*p - '0'), limit);
+    for (unsigned digit = 0; p != end && (digit = DigitOf(*p)) <= 9; ++p)
+        number = std::min(number * 10 + digit, limit);
     value = static_cast<int>(negative ? -number : std::min(number, limit - 1));
     position = p;
     return true;

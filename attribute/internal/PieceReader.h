@@ -2,6 +2,9 @@
 // are passed over. It borrows the text.
 #pragma once
 
+#include <array>
+#include <cstddef>
+#include <cstdint>
 #include <string_view>
 
 namespace kivds {
@@ -18,8 +21,12 @@ class PieceReader
 {
 public:
     PieceReader(std::string_view text, std::string_view separators, LastPiece last) noexcept
-        : m_Rest(text), m_Separators(separators), m_Last(last)
+        : m_Rest(text), m_Last(last), m_bOneSeparator(separators.size() == 1)
     {
+        if (m_bOneSeparator)
+            m_cSeparator = separators.front();
+        else
+            m_Separators = SetOf(separators);
     }
 
     /// Gives the next piece; false when there is none.
@@ -40,6 +47,10 @@ public:
         return false;
     }
 
+    /// The text that has not been read yet, and whether no separator stands in it.
+    std::string_view Rest() const noexcept { return m_Rest; }
+    bool IsOnePiece() const noexcept { return EndOfFirst() == std::string_view::npos; }
+
     /// The number of pieces still to come. An int holds it: a text is at most an int long.
     int Count() const noexcept
     {
@@ -52,24 +63,37 @@ public:
     }
 
 private:
+    using Set = std::array<std::uint32_t, 8>; // a bit for each character
+
+    static std::size_t Word(char c) noexcept { return static_cast<unsigned char>(c) / 32U; }
+    static std::uint32_t Bit(char c) noexcept { return 1U << (static_cast<unsigned char>(c) % 32U); }
+
+    static Set SetOf(std::string_view characters) noexcept
+    {
+        Set set{};
+        for (const char c : characters)
+            set[Word(c)] |= Bit(c);
+        return set;
+    }
+
     // Where the next separator stands; npos when none does. find_first_of would make a call for each
     // character.
     std::size_t EndOfFirst() const noexcept
     {
-        if (m_Separators.size() == 1)
-            return m_Rest.find(m_Separators.front());
+        if (m_bOneSeparator)
+            return m_Rest.find(m_cSeparator);
         for (std::size_t i = 0; i < m_Rest.size(); ++i) {
-            for (const char separator : m_Separators) {
-                if (m_Rest[i] == separator)
-                    return i;
-            }
+            if (m_Separators[Word(m_Rest[i])] & Bit(m_Rest[i]))
+                return i;
         }
         return std::string_view::npos;
     }
 
     std::string_view m_Rest;
-    std::string_view m_Separators;
     LastPiece m_Last;
+    bool m_bOneSeparator;
+    char m_cSeparator = '\0'; // the one separator
+    Set m_Separators{};       // all of them, when they are not one
 };
 
 } // namespace kivds

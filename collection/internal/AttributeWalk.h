@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <vector>
 
 namespace kivds {
 
@@ -61,7 +62,7 @@ class AttributeWalk
 {
 public:
     explicit AttributeWalk(const AttributeMap& map)
-        : m_At(map.m_Entries.data()), m_End(m_At + map.m_Entries.size()), m_pMap(map.m_pMap.get())
+        : m_At(map.m_Entries.Data()), m_End(map.m_Entries.End()), m_pMap(map.m_pMap.get())
     {
         if (m_pMap)
             m_InMap = m_pMap->begin();
@@ -92,6 +93,19 @@ public:
             FetchAhead(m_At, m_End);
         }
         return !AtEnd() && Tag() == tag ? Attribute() : nullptr;
+    }
+
+    /// Moves a position on to the next entry of the array, where its own entry still has its place. False,
+    /// with nothing changed, when it has not, or there is none: AttributeMap::Next knows more.
+    static bool Step(const AttributeMap& map, AttributeMap::Position& position)
+    {
+        const AttributeMap::Entry* const first = map.m_Entries.Data();
+        const std::size_t next = position.index + 1;
+        if (next >= map.m_Entries.Size() || first[position.index].tag != position.entry.tag)
+            return false;
+        position = {first[next], next};
+        FetchAhead(first + next, map.m_Entries.End());
+        return true;
     }
 
     struct Sentinel
@@ -132,11 +146,11 @@ public:
     AttributeEdit& operator=(const AttributeEdit&) = delete;
 
     AttributeMap& Map() const { return m_Map; }
-    bool AtEnd() const { return m_pMap ? m_InMap == m_pMap->end() : m_nRead == m_Entries.size(); }
-    unsigned long Tag() const { return m_pMap ? m_InMap->first : m_Entries[m_nRead].tag; }
+    bool AtEnd() const { return m_pMap ? m_InMap == m_pMap->end() : m_nRead == m_Entries.Size(); }
+    unsigned long Tag() const { return m_pMap ? m_InMap->first : m_Entries.Data()[m_nRead].tag; }
     CKivDSDicomAttribute* Attribute() const
     {
-        return m_pMap ? m_InMap->second : m_Entries[m_nRead].attribute;
+        return m_pMap ? m_InMap->second : m_Entries.Data()[m_nRead].attribute;
     }
 
     void Keep()
@@ -151,10 +165,12 @@ public:
     void Drop()
     {
         delete Attribute();
-        if (m_pMap)
+        if (m_pMap) {
             m_InMap = m_pMap->erase(m_InMap);
-        else
-            m_Entries[m_nRead++].attribute = nullptr;
+        } else {
+            m_Entries.DropIndex();
+            m_Entries.Data()[m_nRead++].attribute = nullptr;
+        }
     }
 
     /// Keeps the entries below a tag, which must lie ahead; whether the current one is that tag's then.
@@ -163,8 +179,8 @@ public:
         if (m_pMap) {
             m_InMap = kivds::LeapTo(*m_pMap, m_InMap, tag);
         } else {
-            AttributeMap::Entry* const first = m_Entries.data();
-            AttributeMap::Entry* const found = kivds::LeapTo(first + m_nRead, first + m_Entries.size(), tag);
+            AttributeMap::Entry* const first = m_Entries.Data();
+            AttributeMap::Entry* const found = kivds::LeapTo(first + m_nRead, m_Entries.End(), tag);
             KeepUpTo(static_cast<std::size_t>(found - first));
         }
         return !AtEnd() && Tag() == tag;
@@ -177,7 +193,7 @@ public:
 private:
     void KeepUpTo(std::size_t end)
     {
-        AttributeMap::Entry* const first = m_Entries.data();
+        AttributeMap::Entry* const first = m_Entries.Data();
         if (m_nKept == m_nRead) {
             m_nKept = end;
         } else {
@@ -186,11 +202,11 @@ private:
                 first[m_nKept++] = first[m_nRead];
         }
         m_nRead = end;
-        FetchAhead(first + end, first + m_Entries.size());
+        FetchAhead(first + end, m_Entries.End());
     }
 
     AttributeMap& m_Map;
-    std::vector<AttributeMap::Entry>& m_Entries;
+    AttributeArray& m_Entries;
     std::vector<AttributeMap::Entry> m_Added; // go into the array at the end, for which there is room
     std::size_t m_nRead = 0;
     std::size_t m_nKept = 0; // of those read, at the front
