@@ -28,6 +28,8 @@ bool IsHexDigit(char c) noexcept
 /// Passes white space and a sign; gives the sign.
 bool PassSign(const char*& p, const char* end) noexcept
 {
+    if (p != end && IsDigit(*p)) // mostly
+        return false;
     while (p != end && (*p == ' ' || (*p >= '\t' && *p <= '\r')))
         ++p;
     const bool negative = p != end && *p == '-';
@@ -42,6 +44,23 @@ bool IsHexadecimal(const char* p, const char* end) noexcept
     if (end - p < 3 || p[0] != '0' || (p[1] != 'x' && p[1] != 'X'))
         return false;
     return IsHexDigit(p[2]) || (p[2] == '.' && end - p > 3 && IsHexDigit(p[3]));
+}
+
+/// Reads a number that is nothing but digits, as half of all decimal strings are, and so few of them that a
+/// double holds it exactly. False, with nothing changed, when it may go on or begins otherwise.
+bool ReadWhole(const char*& position, const char* end, double& value) noexcept
+{
+    constexpr std::ptrdiff_t most = 15;
+    std::int64_t number = 0;
+    const char* p = position;
+    for (unsigned digit = 0; p != end && p - position < most && (digit = DigitOf(*p)) <= 9; ++p)
+        number = number * 10 + digit;
+    const bool goesOn = p != end && (*p == '.' || IsHexDigit(*p) || *p == 'x' || *p == 'X');
+    if (p == position || goesOn)
+        return false;
+    value = static_cast<double>(number);
+    position = p;
+    return true;
 }
 
 /// Whether the number first..last, known to be out of a double's range, is too large rather than too small:
@@ -68,8 +87,7 @@ bool ReadInteger(const char*& position, const char* end, int& value) noexcept
 {
     constexpr std::int64_t limit = std::int64_t{std::numeric_limits<int>::max()} + 1;
     const char* p = position;
-    const bool startsWithDigit = p != end && IsDigit(*p); // mostly
-    const bool negative = !startsWithDigit && PassSign(p, end);
+    const bool negative = PassSign(p, end);
     if (p == end || !IsDigit(*p))
         return false;
     std::int64_t number = 0;
@@ -86,6 +104,11 @@ bool ReadDecimal(const char*& position, const char* end, double& value) noexcept
     const bool negative = PassSign(p, end);
     if (p == end || *p == '-')
         return false; // from_chars would take a second sign
+    if (ReadWhole(p, end, value)) {
+        value = negative ? -value : value;
+        position = p;
+        return true;
+    }
     const bool hexadecimal = IsHexadecimal(p, end);
     if (hexadecimal)
         p += 2;
@@ -103,6 +126,14 @@ bool ReadDecimal(const char*& position, const char* end, double& value) noexcept
 
 int IntegerAtStart(std::string_view run) noexcept
 {
+    // Runs are mostly a few digits, and nothing else.
+    constexpr std::size_t most = 9;
+    int number = 0;
+    std::size_t digits = 0;
+    for (; digits < run.size() && digits < most && IsDigit(run[digits]); ++digits)
+        number = number * 10 + static_cast<int>(DigitOf(run[digits]));
+    if (digits == run.size())
+        return number;
     const char* position = run.data();
     int value = 0;
     ReadInteger(position, run.data() + run.size(), value);
