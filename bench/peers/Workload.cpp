@@ -12,13 +12,6 @@ namespace {
 
 constexpr std::uint32_t kInstanceNumber = 0x00200013;
 
-std::string_view WithoutPadding(std::string_view text)
-{
-    while (!text.empty() && (text.back() == ' ' || text.back() == '\0'))
-        text.remove_suffix(1);
-    return text;
-}
-
 template <class Use>
 void ForEachPiece(std::string_view text, std::string_view separators, Use use)
 {
@@ -110,25 +103,6 @@ bool VrNamed(std::string_view name, Vr& vr)
     return true;
 }
 
-bool IsText(Vr vr)
-{
-    switch (vr) {
-    case Vr::AT:
-    case Vr::FD:
-    case Vr::FL:
-    case Vr::OB:
-    case Vr::OW:
-    case Vr::SL:
-    case Vr::SS:
-    case Vr::UL:
-    case Vr::UN:
-    case Vr::US:
-        return false;
-    default:
-        return true;
-    }
-}
-
 std::size_t UnitOf(Vr vr)
 {
     switch (vr) {
@@ -146,11 +120,6 @@ std::size_t UnitOf(Vr vr)
     default:
         return 1;
     }
-}
-
-std::string_view Element::Unpadded() const
-{
-    return IsText(m_Vr) ? WithoutPadding(m_Field) : m_Field;
 }
 
 void SaveDataSets(const std::string& path, const std::vector<DataSet>& dataSets)

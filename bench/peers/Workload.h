@@ -27,9 +27,34 @@ constexpr std::string_view NameOf(Vr vr)
 }
 /// False when the name is none of them.
 bool VrNamed(std::string_view name, Vr& vr);
-bool IsText(Vr vr);
+constexpr bool IsText(Vr vr)
+{
+    switch (vr) {
+    case Vr::AT:
+    case Vr::FD:
+    case Vr::FL:
+    case Vr::OB:
+    case Vr::OW:
+    case Vr::SL:
+    case Vr::SS:
+    case Vr::UL:
+    case Vr::UN:
+    case Vr::US:
+        return false;
+    default:
+        return true;
+    }
+}
 /// Bytes of one number of a binary value; 1 for text.
 std::size_t UnitOf(Vr vr);
+
+/// A text without what pads it to an even length (PS3.5 6.2).
+inline std::string_view WithoutPadding(std::string_view text)
+{
+    while (!text.empty() && (text.back() == ' ' || text.back() == '\0'))
+        text.remove_suffix(1);
+    return text;
+}
 
 struct Element
 {
@@ -37,7 +62,7 @@ struct Element
     Vr m_Vr;
     std::string m_Field; // of even length, numbers little-endian (PS3.5 7.1.1)
 
-    std::string_view Unpadded() const;
+    std::string_view Unpadded() const { return IsText(m_Vr) ? WithoutPadding(m_Field) : m_Field; }
 };
 
 /// The elements of one data set, in ascending tag order.
