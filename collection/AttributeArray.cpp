@@ -39,7 +39,8 @@ const Entry* AttributeArray::Find(unsigned long tag) const noexcept
 {
     if (m_nSlots > 0) {
         const Slot* const slots = Slots();
-        for (std::uint32_t slot = FirstSlot(tag); slots[slot] != 0; slot = NextSlot(slot)) {
+        std::uint32_t slot = FirstSlot(tag);
+        for (int i = 0; i <= kMostSteps && slots[slot] != 0; ++i, slot = NextSlot(slot)) {
             const Entry& entry = m_pEntries[slots[slot] - 1];
             if (entry.tag == tag)
                 return &entry;

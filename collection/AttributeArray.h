@@ -75,6 +75,8 @@ public:
 private:
     using Slot = std::uint16_t; // 1 and the position of an entry; 0: free
 
+    static constexpr int kMostSteps = 64; // that an entry may lie behind the slot its search begins at
+
     Slot* Slots() const noexcept { return reinterpret_cast<Slot*>(m_pEntries + m_nCapacity); }
     // Where the search for a tag begins: a part of the slots that the tag's product with the golden ratio is
     // of 32 bits.
@@ -84,15 +86,13 @@ private:
         return static_cast<std::uint32_t>(std::uint64_t{product} * m_nSlots >> 32);
     }
     std::uint32_t NextSlot(std::uint32_t slot) const noexcept { return slot + 1 < m_nSlots ? slot + 1 : 0; }
-    // Enters the entry before `end`. Tags that crowd, as they hardly do by chance, end the index: a search
-    // never takes more than some steps.
+    // Enters the entry before `end`. Tags that crowd, as they hardly do by chance, end the index.
     void AddToIndex(std::uint32_t end) noexcept
     {
-        constexpr int most = 64;
         Slot* const slots = Slots();
         std::uint32_t slot = FirstSlot(m_pEntries[end - 1].tag);
         for (int i = 0; slots[slot] != 0; ++i) {
-            if (i == most)
+            if (i == kMostSteps)
                 return DropIndex();
             slot = NextSlot(slot);
         }
