@@ -54,12 +54,8 @@ const Entry* AttributeArray::Find(unsigned long tag) const noexcept
 Entry* AttributeArray::Insert(const Entry* before, const Entry& entry)
 {
     const std::ptrdiff_t position = before - m_pEntries;
-    if (m_nSize == m_nCapacity) {
-        const bool wasSmall = m_nCapacity < kFewestIndexed;
+    if (m_nSize == m_nCapacity)
         Reserve(std::max(kFirstEntries, std::size_t{m_nCapacity} * 2));
-        if (wasSmall)
-            MakeIndex();
-    }
     Entry* const place = m_pEntries + position;
     if (place == End() && Append(entry.tag, entry.attribute))
         return place;
@@ -86,7 +82,7 @@ void AttributeArray::Reserve(std::size_t count)
         throw std::bad_alloc();
     void* const memory = ::operator new(count * sizeof(Entry) + SlotsOf(count) * sizeof(Slot));
     std::uninitialized_copy(Data(), End(), static_cast<Entry*>(memory));
-    const bool mayIndex = m_nSize == 0 || m_nSlots > 0;
+    const bool mayIndex = m_nSlots > 0 || m_nCapacity < kFewestIndexed;
     ::operator delete(m_pEntries);
     m_pEntries = static_cast<Entry*>(memory);
     m_nCapacity = static_cast<std::uint32_t>(count);
@@ -97,6 +93,7 @@ void AttributeArray::Reserve(std::size_t count)
 
 void AttributeArray::Resize(std::size_t count) noexcept
 {
+    DropIndex();
     if (count > m_nSize)
         std::uninitialized_value_construct(End(), m_pEntries + count);
     m_nSize = static_cast<std::uint32_t>(count);

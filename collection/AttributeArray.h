@@ -11,8 +11,8 @@ class CKivDSDicomAttribute;
 namespace kivds {
 
 /// Entries of tag and attribute, which it does not own. The index is there while entries come in tag order,
-/// as from files, streams and other parts. It goes with the first change in the middle, from where on a tag
-/// is found by halving, until the index is made anew.
+/// as from files, streams and other parts, and after set operators. It goes with the first other change in
+/// the middle; a tag is then found by halving.
 class AttributeArray
 {
 public:
@@ -63,8 +63,8 @@ public:
     void Erase(const Entry* place) noexcept;
     /// Makes room for so many entries. May throw; then nothing has changed.
     void Reserve(std::size_t count);
-    /// Sets the number of entries, for which there must be room; new ones are empty, and to be filled before
-    /// the index is made.
+    /// Sets the number of entries, for which there must be room, and lets the index go; new ones are empty,
+    /// and to be filled before the index is made.
     void Resize(std::size_t count) noexcept;
     /// Drops all entries and the memory.
     void Clear() noexcept;
@@ -78,12 +78,12 @@ private:
     static constexpr int kMostSteps = 64; // that an entry may lie behind the slot its search begins at
 
     Slot* Slots() const noexcept { return reinterpret_cast<Slot*>(m_pEntries + m_nCapacity); }
-    // Where the search for a tag begins: a part of the slots that the tag's product with the golden ratio is
-    // of 32 bits.
+    // Where the search for a tag begins: the tag times the golden ratio, modulo 2^32, scaled to the slots.
     std::uint32_t FirstSlot(unsigned long tag) const noexcept
     {
         const std::uint32_t product = static_cast<std::uint32_t>(tag) * 0x9E3779B1U;
-        return static_cast<std::uint32_t>(std::uint64_t{product} * m_nSlots >> 32);
+        const std::uint64_t scaled = std::uint64_t{m_nSlots} * product;
+        return static_cast<std::uint32_t>(scaled >> 32U);
     }
     std::uint32_t NextSlot(std::uint32_t slot) const noexcept { return slot + 1 < m_nSlots ? slot + 1 : 0; }
     // Enters the entry before `end`. Tags that crowd, as they hardly do by chance, end the index.

@@ -15,6 +15,8 @@ namespace kivds {
 namespace {
 
 constexpr std::ptrdiff_t kMostMoved = 1024; // entries; moving them takes about as long as making a node does
+constexpr std::size_t kMostIndexedAStep =
+    8; // entries, so that an index does not cost more than what was done
 constexpr std::size_t kMostAnnounced = 65536; // entries that a mere number is enough for; more must come
 
 } // namespace
@@ -196,10 +198,13 @@ AttributeEdit::~AttributeEdit()
     if (m_pMap)
         return;
     KeepUpTo(m_Entries.Size());
-    const std::size_t count = m_nKept + m_Added.size();
-    if (m_nKept == m_Entries.Size() && m_Added.empty())
-        return; // no entry has come or gone
-    m_Entries.Resize(count);
+    const bool hasAll = m_nKept == m_Entries.Size();
+    if (hasAll && (m_Added.empty() || m_nKept == 0 || m_Entries.Last().tag < m_Added.front().tag)) {
+        for (const auto& [tag, attribute] : m_Added)
+            m_Entries.Append(tag, attribute);
+        return;
+    }
+    m_Entries.Resize(m_nKept + m_Added.size());
     AttributeMap::Entry* kept = m_Entries.Data() + m_nKept;
     AttributeMap::Entry* to = m_Entries.End();
     while (!m_Added.empty()) { // from the back, where there is room
@@ -211,9 +216,8 @@ AttributeEdit::~AttributeEdit()
             m_Added.pop_back();
         }
     }
-    if (m_nMoved / static_cast<std::size_t>(kMostMoved) > m_nSteps)
-        m_Map.BecomesMap();
-    else
+    const bool isMap = m_nMoved / static_cast<std::size_t>(kMostMoved) > m_nSteps && m_Map.BecomesMap();
+    if (!isMap && m_Entries.Size() / kMostIndexedAStep <= m_nSteps)
         m_Entries.MakeIndex();
 }
 

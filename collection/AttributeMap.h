@@ -13,10 +13,11 @@ namespace kivds {
 
 class AttributeBlock;
 
-/// Owns attributes, one a tag, in ascending tag order. They lie in a sorted array with an index, so that walks
-/// and look-ups wait for memory as little as can be: data sets are filled in tag order, copied and walked far
-/// more often than they are changed in the middle. The array becomes a std::map, for good, when the map itself is asked
-/// for, or when a change in the middle of a large array would have to move too many entries.
+/// Owns attributes, one a tag, in ascending tag order. They lie in a sorted array with an index, so that
+/// walks and look-ups wait for memory as little as can be: data sets are filled in tag order, copied and
+/// walked far more often than they are changed in the middle. The array becomes a std::map, for good, when
+/// the map itself is asked for, or when a change in the middle of a large array would have to move too many
+/// entries.
 class AttributeMap
 {
 public:

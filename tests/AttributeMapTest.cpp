@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <random>
 #include <set>
 #include <vector>
@@ -216,6 +217,20 @@ TEST_F(AttributeMapTest, WithoutMemoryForAMapTheCollectionStaysAsItIs)
     }
     EXPECT_TRUE(large.Erase(3));
     EXPECT_EQ(Walked(large).size(), 2997U);
+    AttributeMap edited; // to add at the front, the same
+    edited.Reserve(3002);
+    for (unsigned long tag = 1; tag <= 3000; ++tag)
+        Put(edited, tag);
+    AttributePtr first = Empty(0);
+    std::optional<AttributeEdit> edit(std::in_place, edited, 1);
+    edit->LeapTo(0);
+    edit->Put(0, std::move(first));
+    {
+        const Allocations failing(0, Allocations::Later::Fail);
+        edit.reset();
+    }
+    EXPECT_FALSE(edited.IsMap());
+    EXPECT_EQ(Walked(edited).size(), 3001U);
 }
 
 // The array stays as long as it serves: appending to it, and changes near its end or in small ones, move
