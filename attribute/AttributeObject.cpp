@@ -184,8 +184,7 @@ void CKivDSDicomAttribute::SetDataElementType(tagEKivAGAttributeType t)
 
 bool CKivDSDicomAttribute::AllocAttributeValue(int n)
 {
-    if (m_pGathered)
-        m_pGathered.reset();
+    m_pGathered.reset();
     SKivAGAttributeValue* const records = n > 1 ? NewRecords(n) : &m_InlineValue;
     if (records)
         m_pValues = records;

@@ -28,7 +28,7 @@ bool CKivDSDicomAttribute::SetText(SKivAGAttributeValue& value, std::string_view
     return true;
 }
 
-// Makes each piece of a text a value.
+// Makes each piece of a text a value; most texts are one piece.
 bool CKivDSDicomAttribute::KeepPieces(const Operation& op, const PieceReader& pieces, const wchar_t* noMemory)
 {
     if (!pieces.IsOnePiece())

@@ -11,8 +11,8 @@ class CKivDSDicomAttribute;
 namespace kivds {
 
 /// Entries of tag and attribute, which it does not own. The index is there while entries come in tag order,
-/// as from files, streams and other parts, and after set operators. It goes with the first other change in
-/// the middle; a tag is then found by halving.
+/// as from files, streams and other parts. It goes with the first change in the middle, from where on a tag
+/// is found by halving, until a set operator that has gone through a good part of the array makes it anew.
 class AttributeArray
 {
 public:

@@ -112,7 +112,7 @@ std::unique_ptr<CKivDSDicomAttribute> AttributeMap::NewElement()
     const std::size_t expected = m_nExpected;
     if (expected > 0) {
         --m_nExpected;
-        if (m_pBlock || expected > 1)
+        if (UsesBlock(kPlainAttribute, expected))
             return std::unique_ptr<CKivDSDicomAttribute>(new (m_pBlock, expected) BlockAttribute);
     }
     return std::unique_ptr<CKivDSDicomAttribute>(
