@@ -95,9 +95,9 @@ bool CKivDSDicomAttribute::InternalConvert2Date(const char* text, int length, SK
             .Fail(L" Unsupported DICOM data format ", 1);
     const std::string_view date = TextOf(text, length);
     int* const elements = IntegersOf(value);
-    elements[0] = IntegerAt(date, 0, 4);
-    elements[1] = IntegerAt(date, dotted ? 5 : 4, 2);
-    elements[2] = IntegerAt(date, dotted ? 8 : 6, 2);
+    elements[0] = IntegerAt<4>(date, 0);
+    elements[1] = IntegerAt<2>(date, dotted ? 5 : 4);
+    elements[2] = IntegerAt<2>(date, dotted ? 8 : 6);
     return true;
 }
 
@@ -109,11 +109,11 @@ bool CKivDSDicomAttribute::InternalConvert2Time(const char* text, int length, SK
     const std::string_view time = TextOf(text, length);
     const bool colons = length > 2 && time[2] == ':'; // HH:MM:SS.ffffff, of the ACR-NEMA Standard 300
     int* const elements = IntegersOf(value);
-    elements[0] = IntegerAt(time, 0, 2);
-    elements[1] = IntegerAt(time, colons ? 3 : 2, 2);
-    elements[2] = IntegerAt(time, colons ? 6 : 4, 2);
+    elements[0] = IntegerAt<2>(time, 0);
+    elements[1] = IntegerAt<2>(time, colons ? 3 : 2);
+    elements[2] = IntegerAt<2>(time, colons ? 6 : 4);
     elements[3] = 0;
-    const int fraction = IntegerAt(time, colons ? 9 : 7, kFractionDigits);
+    const int fraction = IntegerAt<kFractionDigits>(time, colons ? 9 : 7);
     if (fraction < 0)
         return op.Fail(L"Signed to Unsigned conversion error");
     elements[3] = fraction;
@@ -138,18 +138,18 @@ bool CKivDSDicomAttribute::Convert2DateTime(const char* text, int length)
     if (end < 4)
         return false;
     int* const elements = IntegersOf(m_pValues[0]);
-    elements[0] = IntegerAt(dateTime, 0, 4);
+    elements[0] = IntegerAt<4>(dateTime, 0);
     for (std::size_t i = 1, at = 4; i <= 5; ++i, at += 2) { // month, day, hours, minutes, seconds
         if (at + 2 > end)
             return true;
-        elements[i] = IntegerAt(dateTime, at, 2);
+        elements[i] = IntegerAt<2>(dateTime, at);
     }
     if (point != kNone && point < offset)
-        elements[6] = IntegerAt(dateTime.substr(0, offset), point + 1, kFractionDigits);
+        elements[6] = IntegerAt<kFractionDigits>(dateTime.substr(0, offset), point + 1);
     if (offset != kNone) {
         const int sign = dateTime[offset] == '-' ? -1 : 1;
         for (std::size_t i = 7, at = offset + 1; i <= 8 && at + 2 <= dateTime.size(); ++i, at += 2)
-            elements[i] = sign * std::max(IntegerAt(dateTime, at, 2), 0); // a second sign is none
+            elements[i] = sign * std::max(IntegerAt<2>(dateTime, at), 0); // a second sign is none
     }
     return true;
 }

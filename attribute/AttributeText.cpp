@@ -45,21 +45,27 @@ bool CKivDSDicomAttribute::KeepPieces(const Operation& op, const PieceReader& pi
 
 bool CKivDSDicomAttribute::KeepEachPiece(const Operation& op, PieceReader pieces, const wchar_t* noMemory)
 {
-    // Texts mostly have a few pieces; these are looked for once, not twice.
+    // Texts mostly have a few pieces; these are looked for once, not twice. Clearing places for them would
+    // take longer than that.
     constexpr int most = 8;
-    std::string_view few[most];
+    struct SPiece
+    {
+        const char* text;
+        std::size_t size;
+    };
+    SPiece few[most];
     int found = 0;
-    while (found < most && pieces.Next(few[found]))
-        ++found;
+    std::string_view piece;
+    for (; found < most && pieces.Next(piece); ++found)
+        few[found] = {piece.data(), piece.size()};
     const int count = found < most ? found : most + pieces.Count();
     Clean();
     if (count > 0 && !AllocAttributeValue(count))
         return op.Fail(noMemory);
     m_nNumberOfValues = count;
-    std::string_view piece;
     for (int i = 0; i < count; ++i) {
         if (i < found)
-            piece = few[i];
+            piece = {few[i].text, few[i].size};
         else
             pieces.Next(piece);
         if (!SetText(m_pValues[i], piece)) {

@@ -5,6 +5,7 @@
 
 #include <climits>
 #include <map>
+#include <random>
 #include <sstream>
 
 namespace kivds::test {
@@ -118,6 +119,17 @@ TEST_F(AttributeInitTest, NumbersAreReadAsTheStandardReadsThem)
     for (const std::string& text :
          {"\v\f\r 7" + zeros, zeros + "1e5", "0." + zeros + "1e405", "1" + zeros + "e-400"})
         texts.push_back(text);
+    // Each of up to 16 digits, with the point at each place: the nearest double, not one rounded twice, which
+    // one in thousands would be.
+    std::mt19937_64 random(1);
+    std::string plain;
+    for (std::uint64_t most = 10; most <= 10'000'000'000'000'000; most *= 10) {
+        for (int i = 0; i < 4000; ++i) {
+            std::string digits = std::to_string(random() % most);
+            plain += digits.insert(static_cast<std::size_t>(i) % (digits.size() + 1), ".") + '\\';
+        }
+    }
+    texts.push_back(plain);
     // One character stands between two numbers, whatever it is.
     const auto numbersIn = [](const std::string& text, auto read) {
         std::vector<decltype(read(nullptr, nullptr))> numbers;

@@ -1,6 +1,7 @@
 #include "attribute/internal/NumberText.h"
 
 #include <algorithm>
+#include <cfloat>
 #include <charconv>
 #include <limits>
 #include <system_error>
@@ -8,12 +9,6 @@
 namespace kivds {
 
 namespace {
-
-/// The digit that a character stands for; above 9 when it is none.
-unsigned DigitOf(char c) noexcept
-{
-    return static_cast<unsigned char>(c) - unsigned{'0'};
-}
 
 bool IsDigit(char c) noexcept
 {
@@ -23,6 +18,14 @@ bool IsDigit(char c) noexcept
 bool IsHexDigit(char c) noexcept
 {
     return IsDigit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
+}
+
+/// Passes the digits from `p` on and appends them to `number`, which must have room for them.
+const char* PassDigits(const char* p, const char* end, std::int64_t& number) noexcept
+{
+    for (unsigned digit = 0; p != end && (digit = DigitOf(*p)) <= 9; ++p)
+        number = number * 10 + digit;
+    return p;
 }
 
 /// Passes white space and a sign; gives the sign.
@@ -46,19 +49,34 @@ bool IsHexadecimal(const char* p, const char* end) noexcept
     return IsHexDigit(p[2]) || (p[2] == '.' && end - p > 3 && IsHexDigit(p[3]));
 }
 
-/// Reads a number that is nothing but digits, as half of all decimal strings are, and so few of them that a
-/// double holds it exactly. False, with nothing changed, when it may go on or begins otherwise.
-bool ReadWhole(const char*& position, const char* end, double& value) noexcept
+/// 1, 10, 100 and so on: powers of ten that a double holds exactly.
+constexpr double kPowersOfTen[] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                   1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
+constexpr std::ptrdiff_t kExactDigits = 15; // of which a double holds every number exactly
+
+/// Reads digits with perhaps a point among them, as nearly all decimal strings are. They make a whole number
+/// divided by a power of ten, which is rounded once, so that the result is the nearest double (were the
+/// division's precision another, it would be rounded twice). False, with nothing changed, when there are too
+/// many digits for that, or something else.
+bool ReadPlainDecimal(const char*& position, const char* end, double& value) noexcept
 {
-    constexpr std::ptrdiff_t most = 15;
+    const char* const limit = position + std::min(end - position, kExactDigits + 1);
     std::int64_t number = 0;
-    const char* p = position;
-    for (unsigned digit = 0; p != end && p - position < most && (digit = DigitOf(*p)) <= 9; ++p)
-        number = number * 10 + digit;
+    const char* p = PassDigits(position, limit, number);
+    std::ptrdiff_t digits = p - position;
+    std::ptrdiff_t decimals = 0;
+    if (p != limit && *p == '.' && FLT_EVAL_METHOD == 0) {
+        const char* const fraction = p + 1;
+        p = PassDigits(fraction, limit, number);
+        decimals = p - fraction;
+        digits += decimals;
+    }
     const bool goesOn = p != end && (*p == '.' || IsHexDigit(*p) || *p == 'x' || *p == 'X');
-    if (p == position || goesOn)
+    if (digits == 0 || digits > kExactDigits || goesOn)
         return false;
     value = static_cast<double>(number);
+    if (decimals > 0)
+        value /= kPowersOfTen[decimals];
     position = p;
     return true;
 }
@@ -104,7 +122,7 @@ bool ReadDecimal(const char*& position, const char* end, double& value) noexcept
     const bool negative = PassSign(p, end);
     if (p == end || *p == '-')
         return false; // from_chars would take a second sign
-    if (ReadWhole(p, end, value)) {
+    if (ReadPlainDecimal(p, end, value)) {
         value = negative ? -value : value;
         position = p;
         return true;
@@ -124,25 +142,15 @@ bool ReadDecimal(const char*& position, const char* end, double& value) noexcept
     return true;
 }
 
-int IntegerAtStart(std::string_view run) noexcept
-{
-    // Runs are mostly a few digits, and nothing else.
-    constexpr std::size_t most = 9;
-    int number = 0;
-    std::size_t digits = 0;
-    for (; digits < run.size() && digits < most && IsDigit(run[digits]); ++digits)
-        number = number * 10 + static_cast<int>(DigitOf(run[digits]));
-    if (digits == run.size())
-        return number;
-    const char* position = run.data();
-    int value = 0;
-    ReadInteger(position, run.data() + run.size(), value);
-    return value;
-}
-
 int IntegerAt(std::string_view text, std::size_t start, std::size_t count) noexcept
 {
-    return start < text.size() ? IntegerAtStart(text.substr(start, count)) : 0;
+    int value = 0;
+    if (start < text.size()) {
+        const std::string_view run = text.substr(start, count);
+        const char* position = run.data();
+        ReadInteger(position, run.data() + run.size(), value);
+    }
+    return value;
 }
 
 } // namespace kivds

@@ -3,6 +3,7 @@
 // allocated.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
 
@@ -17,10 +18,31 @@ bool ReadInteger(const char*& position, const char* end, int& value) noexcept;
 /// infinity or 0 with the number's sign.
 bool ReadDecimal(const char*& position, const char* end, double& value) noexcept;
 
-/// The integer that a run of characters begins with; 0 when it begins with none.
-int IntegerAtStart(std::string_view run) noexcept;
-
-/// The same for up to `count` characters from `start`, as far as the text has them.
+/// The integer that up to `count` characters from `start` begin with, as far as the text has them; 0 when
+/// they begin with none.
 int IntegerAt(std::string_view text, std::size_t start, std::size_t count) noexcept;
+
+/// The digit that a character stands for; above 9 when it is none.
+constexpr unsigned DigitOf(char c) noexcept
+{
+    return static_cast<unsigned char>(c) - unsigned{'0'};
+}
+
+/// The same for a number of characters that is known beforehand, and that are digits as a rule.
+template <std::size_t count>
+int IntegerAt(std::string_view text, std::size_t start) noexcept
+{
+    static_assert(count <= 9, "an int holds the number");
+    if (start > text.size() || text.size() - start < count)
+        return IntegerAt(text, start, count);
+    int number = 0;
+    for (std::size_t i = start; i < start + count; ++i) {
+        const unsigned digit = DigitOf(text[i]);
+        if (digit > 9)
+            return IntegerAt(text, start, count);
+        number = number * 10 + static_cast<int>(digit);
+    }
+    return number;
+}
 
 } // namespace kivds
