@@ -280,7 +280,7 @@ struct Toolkit
         element.getUint16Array(words);
         return {reinterpret_cast<const char*>(words), element.getLengthField()};
     }
-    static Set Gather(std::vector<Set>& sets, std::size_t count)
+    static Set Gather(Set* sets, std::size_t count)
     {
         Gatherer<DcmElement> gatherer;
         for (std::size_t i = 0; i < count; ++i) {

@@ -229,7 +229,7 @@ struct Toolkit
         return element.GetVR() == VR::US ? field
                                          : Unpadded(field); // the only binary representation in a series here
     }
-    static Set Gather(std::vector<Set>& sets, std::size_t count)
+    static Set Gather(Set* sets, std::size_t count)
     {
         Gatherer<DataElement> gatherer;
         for (std::size_t i = 0; i < count; ++i) {

@@ -120,7 +120,7 @@ struct Library
     static bool Equal(Set& a, Set& b) { return *a == *b; }
     static void Unite(Set& set, const Set& other) { *set += *other; }
 
-    static Set Gather(std::vector<Set>& sets, std::size_t count)
+    static Set Gather(Set* sets, std::size_t count)
     {
         auto* const compound = new CKivDSCompoundCollection;
         const Facade facade(compound); // owns it

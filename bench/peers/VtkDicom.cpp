@@ -289,7 +289,7 @@ struct Toolkit
             set->Set(at->GetTag(), at->GetValue());
     }
 
-    static Set Gather(std::vector<Set>& sets, std::size_t count)
+    static Set Gather(Set* sets, std::size_t count)
     {
         Gatherer<vtkDICOMValue> gatherer;
         for (std::size_t i = 0; i < count; ++i) {
